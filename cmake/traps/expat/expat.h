@@ -1,0 +1,1 @@
+#error "Expat may be included under platform/xmlutils/expat only: use the interface of the platform instead."
