@@ -1,0 +1,30 @@
+#include <xmlutils/exception.h>
+
+#include <oviapi/text.h>
+
+namespace XMLUtils {
+
+namespace {
+
+std::wstring withPlace(std::wstring_view reason, int line, int column)
+{
+    std::wstring message(reason);
+    if (line > 0)
+        message +=
+            L" (line " + std::to_wstring(line) + L", column " + std::to_wstring(column) + L")";
+    return message;
+}
+
+} // namespace
+
+XMLException::XMLException(std::wstring_view reason, int line, int column)
+    : m_message(withPlace(reason, line, column))
+    , m_what(OviAPI::wideToUtf8(m_message))
+    , m_line(line)
+    , m_column(column)
+{
+}
+
+XMLException::~XMLException() = default;
+
+} // namespace XMLUtils
