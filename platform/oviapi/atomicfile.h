@@ -1,0 +1,26 @@
+// Replacing a file as a whole: a reader, a crash or a full disk sees the old content or the new
+// one.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <oviapi/export.h>
+
+namespace OviAPI {
+
+// Writes the bytes to a temporary file in the folder of the target, flushes it to the disk, renames
+// it onto the target and flushes the folder. A symbolic link is followed: what it points to is
+// replaced, also when it does not exist yet, and the link stays. An existing file keeps its
+// permissions and, where the system allows it, its owner; a new one is readable and writable by its
+// owner alone (0600). A file that the user may not write is not replaced. Other hard links of the
+// target keep the old content.
+// Throws std::system_error whose text is a sentence that names the file; the old file is then whole
+// (or the new one, when only flushing the folder failed) and the temporary file is gone.
+OVIAPI_API void writeFileAtomically(const std::wstring& path, std::string_view bytes);
+
+// Removes temporary files that writers of this target left when they were killed. Those of a living
+// process stay. Returns the number of files removed; what cannot be read or removed is left alone.
+OVIAPI_API int cleanStaleTemporaries(const std::wstring& path);
+
+} // namespace OviAPI
