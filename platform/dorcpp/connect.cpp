@@ -1,0 +1,171 @@
+#include <dorcpp/connect.h>
+
+#include <charconv>
+#include <string>
+#include <string_view>
+
+#include <strings.h>
+
+#include <dorcpp/errors.h>
+#include <dorcpp/session.h>
+#include <dorcpp/value.h>
+
+namespace DorCPP {
+
+namespace {
+
+// A name followed by ':' before any path separator, such as another engine's.
+std::string_view schemeOf(std::string_view database)
+{
+    const size_t colon = database.find("://");
+    if (colon == std::string_view::npos || database.find('/') < colon)
+        return {};
+    return database.substr(0, colon);
+}
+
+void readSqliteName(std::string_view name, Target& target)
+{
+    if (name.starts_with("///")) // sqlite:///path
+        name.remove_prefix(2);
+    const size_t query = name.rfind("?mode=");
+    if (query != std::string_view::npos) {
+        const std::string_view mode = name.substr(query + 6);
+        if (mode == "ro")
+            target.readOnly = true;
+        else if (mode != "rw")
+            throw makeError(CodeBadCall, "the database name may end in ?mode=ro or ?mode=rw only");
+        name = name.substr(0, query);
+    }
+    target.path = name;
+}
+
+void readDatabase(std::string_view database, Target& target)
+{
+    if (database.empty())
+        throw makeError(CodeCannotOpen, "no database is named");
+    if (database.starts_with("sqlite:")) {
+        readSqliteName(database.substr(7), target);
+        if (target.path.empty())
+            throw makeError(CodeCannotOpen, "no database is named");
+    } else if (!schemeOf(database).empty()) { // the rest may hold a password
+        throw makeError(CodeCannotOpen,
+                        "there is no driver for " + std::string(schemeOf(database)) + " databases");
+    } else {
+        target.path = database;
+    }
+    if (target.path == ":memory:")
+        target.path.clear();
+}
+
+bool sameWord(std::string_view a, std::string_view b)
+{
+    return a.size() == b.size() && strncasecmp(a.data(), b.data(), a.size()) == 0;
+}
+
+void readOption(std::string_view option, Target& target)
+{
+    const std::string_view name = option.substr(0, option.find('='));
+    const std::string_view value =
+        name.size() < option.size() ? option.substr(name.size() + 1) : std::string_view();
+    if (sameWord(option, "create")) {
+        target.mayCreate = true;
+    } else if (sameWord(option, "readonly")) {
+        target.readOnly = true;
+    } else if (sameWord(name, "timeout")) {
+        const auto [end, error] =
+            std::from_chars(value.data(), value.data() + value.size(), target.lockTimeout);
+        if (error != std::errc() || end != value.data() + value.size() || target.lockTimeout < 0)
+            throw makeError(CodeBadCall, "the option timeout needs a number of milliseconds");
+    } else {
+        throw makeError(CodeBadCall, "unknown connection option " + std::string(name));
+    }
+}
+
+void readOptions(std::string_view options, Target& target)
+{
+    constexpr std::string_view separators = " ,;\t\n";
+    while (true) {
+        const size_t from = options.find_first_not_of(separators);
+        if (from == std::string_view::npos)
+            return;
+        options.remove_prefix(from);
+        const std::string_view option = options.substr(0, options.find_first_of(separators));
+        readOption(option, target);
+        options.remove_prefix(option.size());
+    }
+}
+
+} // namespace
+
+DorConnect::DorConnect() = default;
+
+DorConnect::~DorConnect() = default;
+
+int DorConnect::createCS(const char*, const char*, const char* database, const char* options,
+                         int mode, bool verify, bool registered)
+{
+    close();
+    Target target;
+    readDatabase(fromClient(database ? database : ""), target);
+    readOptions(fromClient(options ? options : ""), target);
+    target.readOnly = target.readOnly || (mode & ModeReadOnly) != 0;
+    target.verify = verify;
+    m_kept = Session::open(target, mode, registered);
+    m_session = m_kept;
+    m_channel = m_kept->channel();
+    return m_channel;
+}
+
+void DorConnect::attach(int channel, bool keep)
+{
+    std::shared_ptr<Session> session = Session::find(channel);
+    if (!session)
+        throw makeError(CodeSessionLost, "there is no channel " + std::to_string(channel));
+    m_session = session;
+    m_channel = channel;
+    m_kept = keep ? std::move(session) : nullptr;
+}
+
+void DorConnect::close()
+{
+    m_kept = nullptr;
+    m_session.reset();
+    m_channel = 0;
+}
+
+bool DorConnect::isOpen() const
+{
+    return !m_session.expired();
+}
+
+int DorConnect::mode(bool effective) const
+{
+    const std::shared_ptr<Session> open = session();
+    if (!effective)
+        return open->mode();
+    const Session::Use driver(*open);
+    return driver->isReadOnly() ? open->mode() | ModeReadOnly : open->mode();
+}
+
+bool DorConnect::inTransaction() const
+{
+    const std::shared_ptr<Session> open = session();
+    try {
+        const Session::Use driver(*open);
+        return driver->inTransaction();
+    } catch (const DorX& x) {
+        if (x.code() == CodeBusy) // an asynchronous statement: what it opens is known at its end
+            return false;
+        throw;
+    }
+}
+
+std::shared_ptr<Session> DorConnect::session() const
+{
+    std::shared_ptr<Session> open = m_session.lock();
+    if (!open)
+        throw makeError(CodeSessionLost, "no database is open");
+    return open;
+}
+
+} // namespace DorCPP

@@ -1,0 +1,522 @@
+#include <dorcpp/cursor.h>
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <string>
+
+#include <dorcpp/answer.h>
+#include <dorcpp/charset.h>
+#include <dorcpp/errors.h>
+#include <dorcpp/execution.h>
+#include <dorcpp/value.h>
+
+namespace DorCPP {
+
+// What cursors with the same handle share.
+struct CursorState {
+    // A value that is being replaced.
+    struct Pending {
+        size_t column;
+        Value::Kind kind;
+        std::string bytes;
+    };
+
+    std::shared_ptr<Session> session;
+    int handle = 0;
+    int mode = 0;
+    std::string name;
+    std::shared_ptr<Execution> execution; // the latest asynchronous one
+    bool answerTaken = true;
+    Answer answer;
+    DorX error;
+    int64_t position = 0;           // 0 before the first row, count + 1 behind the last
+    bool onRow = false;             // the row at the position is there
+    std::vector<ValueState> states; // of the current row, by column
+    std::vector<bool> asked;        // whether getData set the state
+    std::unique_ptr<Pending> pending;
+
+    void take(Answer&& a)
+    {
+        answer = std::move(a);
+        position = 0;
+        onRow = false;
+        states.assign(answer.columns.size(), ValueState::Exact);
+        asked.assign(answer.columns.size(), false);
+    }
+    int64_t rowCount() const { return answer.rows ? answer.rows->count() : 0; }
+
+    // Index of a column, from 0.
+    size_t columnAt(int column) const
+    {
+        if (column < 1 || static_cast<size_t>(column) > answer.columns.size())
+            throw makeError(CodeBadCall, "there is no column " + std::to_string(column));
+        return static_cast<size_t>(column) - 1;
+    }
+    // The value of a column of the current row.
+    Value valueAt(size_t column)
+    {
+        if (!onRow)
+            throw makeError(position == 0 ? CodeBadCall : CodeNoRow, "no row was fetched");
+        if (!answer.rows->seek(position - 1)) // read anew since the fetch
+            throw makeError(CodeRowGone, "row " + std::to_string(position));
+        return answer.rows->value(column);
+    }
+    void writePending()
+    {
+        const auto written = std::move(pending);
+        if (!written)
+            return;
+        Value value;
+        value.kind = written->kind;
+        value.data = written->bytes.data();
+        value.held = value.length = written->bytes.size();
+        answer.rows->write(written->column, value);
+    }
+};
+
+namespace {
+
+// Cursors by handle.
+class Handles {
+public:
+    static Handles& instance()
+    {
+        static Handles handles;
+        return handles;
+    }
+    void add(const std::shared_ptr<CursorState>& state)
+    {
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(m_states, [](const auto& entry) { return entry.second.expired(); });
+        state->handle = ++m_last;
+        m_states[state->handle] = state;
+    }
+    std::shared_ptr<CursorState> find(int handle)
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto at = m_states.find(handle);
+        return at == m_states.end() ? nullptr : at->second.lock();
+    }
+
+private:
+    std::mutex m_mutex;
+    std::map<int, std::weak_ptr<CursorState>> m_states;
+    int m_last = 0;
+};
+
+// Puts a name into a field of a descriptor; false when it had to be cut.
+bool putName(const std::string& utf8, char (&field)[t_ParamDesc::nameSize], uint16_t& length)
+{
+    const std::string name = convert(utf8, Charset::Utf8, getStdCharset());
+    const size_t n = mbs2mbs(field, sizeof field - 1, getStdCharset(), name.data(), name.size(),
+                             getStdCharset());
+    std::memset(field + n, 0, sizeof field - n);
+    length = static_cast<uint16_t>(n);
+    return n == name.size();
+}
+
+StatementText statementOf(const char* sql)
+{
+    StatementText text;
+    text.sql = fromClient(sql ? sql : "");
+    return text;
+}
+
+StatementText statementOf(const DorStatement& statement, const BindMap* binds)
+{
+    if (!statement.isCreated())
+        throw makeError(CodeBadCall, "the statement has not been created");
+    StatementText text;
+    text.sql = statement.text();
+    text.prepared = true;
+    if (!binds)
+        return text;
+    for (const auto& [number, value] : binds->values()) {
+        if (number < 1 || number > statement.paramCount())
+            throw makeError(CodeBadBind, "there is no parameter " + std::to_string(number));
+        text.parameters.emplace_back(number,
+                                     value.indicator || !value.data
+                                         ? Parameter()
+                                         : parameterFrom(value.type, value.data, value.length));
+    }
+    return text;
+}
+
+void executeNow(CursorState& s, const StatementText& statement)
+{
+    s.take(Answer());
+    const StatementKind kind = kindOf(SqlText(statement.sql, s.session->dialect()));
+    if (kind == StatementKind::Empty)
+        return;
+    const Session::Use driver(*s.session);
+    Answer answer = executeStatement(s.session, *driver, statement);
+    s.session->noteExecuted(kind);
+    s.take(std::move(answer));
+}
+
+void startStatement(CursorState& s, StatementText statement, DorCursor::Handler* handler)
+{
+    s.writePending();
+    s.error = DorX();
+    if (!handler) {
+        executeNow(s, statement);
+        return;
+    }
+    s.take(Answer());
+    s.execution = Execution::start(s.session, std::move(statement), *handler);
+    s.answerTaken = false;
+}
+
+void dropAnswer(CursorState& s)
+{
+    if (s.execution && !s.execution->isFinished())
+        s.execution->cancel();
+    s.execution = nullptr;
+    s.answerTaken = true;
+    s.take(Answer());
+}
+
+void probeSession(Session& session)
+{
+    try {
+        const Session::Use driver(session);
+        driver->probe();
+    } catch (const DorX& x) {
+        if (x.code() != CodeBusy) // a session that is at work is alive
+            throw;
+    }
+}
+
+int64_t targetRow(const CursorState& s, int direction, int64_t row)
+{
+    switch (direction) {
+    case FetchFirst:
+        return 1;
+    case FetchLast:
+        return s.rowCount();
+    case FetchNext:
+        return s.position + 1;
+    case FetchPrevious:
+        return s.position - 1;
+    case FetchAbsolute:
+        return row;
+    default:
+        throw makeError(CodeBadCall, "fetch direction " + std::to_string(direction));
+    }
+}
+
+} // namespace
+
+DorCursor::Handler::~Handler() = default;
+
+DorCursor::DorCursor() = default;
+
+DorCursor::~DorCursor()
+{
+    if (!m_state || !m_owner)
+        return;
+    try {
+        DorCursor::close();
+    } catch (const std::exception&) {
+        // Nobody is left who could be told that the last written value was refused.
+    }
+}
+
+void DorCursor::create(const DorConnect& connection, int mode, const char* name, bool probe)
+{
+    auto state = std::make_shared<CursorState>();
+    state->session = connection.session();
+    state->mode = mode;
+    state->name = name ? name : "";
+    if (probe)
+        probeSession(*state->session);
+    if (m_state && m_owner)
+        DorCursor::close();
+    Handles::instance().add(state);
+    m_state = std::move(state);
+    m_owner = true;
+}
+
+void DorCursor::attach(int handle, bool takeOver)
+{
+    auto state = Handles::instance().find(handle);
+    if (!state)
+        throw makeError(CodeBadCall, "there is no cursor " + std::to_string(handle));
+    if (m_state && m_owner && m_state != state)
+        DorCursor::close();
+    m_state = std::move(state);
+    m_owner = takeOver;
+}
+
+int DorCursor::handle() const
+{
+    return m_state ? m_state->handle : 0;
+}
+
+void DorCursor::close()
+{
+    if (!m_state)
+        return;
+    CursorState& s = *m_state;
+    try {
+        s.writePending();
+    } catch (const DorX&) {
+        dropAnswer(s);
+        throw;
+    }
+    dropAnswer(s);
+}
+
+CursorState& DorCursor::state() const
+{
+    if (!m_state)
+        throw makeError(CodeBadCall, "the cursor has not been created");
+    return *m_state;
+}
+
+CursorState& DorCursor::idleState() const
+{
+    CursorState& s = state();
+    if (s.answerTaken)
+        return s;
+    if (!s.execution->isFinished())
+        throw makeError(CodeBusy, "on this cursor");
+    s.answerTaken = true;
+    s.error = s.execution->error();
+    s.take(s.execution->takeAnswer());
+    return s;
+}
+
+void DorCursor::execute(const char* sql, Handler* handler)
+{
+    startStatement(idleState(), statementOf(sql), handler);
+}
+
+void DorCursor::execute(const DorStatement& statement, const BindMap* binds, Handler* handler)
+{
+    startStatement(idleState(), statementOf(statement, binds), handler);
+}
+
+bool DorCursor::isRunning() const
+{
+    const CursorState& s = state();
+    return s.execution && !s.execution->isFinished();
+}
+
+bool DorCursor::isInCallback() const
+{
+    const CursorState& s = state();
+    return s.execution && s.execution->isInCallback();
+}
+
+const DorX& DorCursor::lastError() const
+{
+    return idleState().error;
+}
+
+int DorCursor::columnCount() const
+{
+    return static_cast<int>(idleState().answer.columns.size());
+}
+
+void DorCursor::answerDesc(int i, t_ParamDesc& desc) const
+{
+    const CursorState& s = idleState();
+    const ColumnInfo& column = s.answer.columns[s.columnAt(i)];
+    const bool named = putName(column.owner, desc.owner, desc.ownerLength) &&
+                       putName(column.table, desc.table, desc.tableLength) &&
+                       putName(column.column, desc.column, desc.columnLength) &&
+                       !column.owner.empty() && !column.table.empty() && !column.column.empty();
+    putName(column.label, desc.label, desc.labelLength);
+    if (!named) { // a cut name would name something else
+        putName({}, desc.owner, desc.ownerLength);
+        putName({}, desc.table, desc.tableLength);
+        putName(column.label, desc.column, desc.columnLength);
+    }
+    desc.type = static_cast<uint8_t>(column.type);
+    desc.length = static_cast<uint16_t>(column.length);
+}
+
+int64_t DorCursor::selectRowCount() const
+{
+    return idleState().rowCount();
+}
+
+int64_t DorCursor::changedRowCount() const
+{
+    return idleState().answer.changed;
+}
+
+bool DorCursor::isKeyed() const
+{
+    const CursorState& s = idleState();
+    return s.answer.rows && s.answer.rows->isKeyed() && !(s.mode & ModeReadOnly);
+}
+
+void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* rows)
+{
+    CursorState& s = idleState();
+    if (!s.answer.rows)
+        throw makeError(CodeBadCall, "the cursor has no answer");
+    s.writePending();
+    const int64_t count = s.rowCount();
+    const int64_t target = targetRow(s, direction, row);
+    if (rows)
+        *rows = count;
+    if (target < 1 || target > count) {
+        if (direction == FetchNext || direction == FetchPrevious) {
+            s.position = target < 1 ? 0 : count + 1;
+            s.onRow = false;
+        }
+        throw makeError(CodeNoRow);
+    }
+    s.onRow = false; // stays so when the row cannot be read
+    const bool there = s.answer.rows->seek(target - 1);
+    s.position = target;
+    std::fill(s.asked.begin(), s.asked.end(), false);
+    if (reached)
+        *reached = target;
+    if (!there)
+        throw makeError(CodeRowGone, "row " + std::to_string(target));
+    s.onRow = true;
+}
+
+int64_t DorCursor::position() const
+{
+    return idleState().position;
+}
+
+ValueState DorCursor::getData(int column, int clientType, void* buffer, size_t capacity,
+                              short* indicator, size_t* length)
+{
+    CursorState& s = idleState();
+    const size_t i = s.columnAt(column);
+    Value value = s.valueAt(i);
+    std::string more;
+    if (value.held < value.length && value.held < capacity) { // a buffer larger than what is kept
+        more.resize(std::min(value.length, capacity));
+        more.resize(s.answer.rows->piece(i, 0, more.data(), more.size()));
+        value.data = more.data();
+        value.held = more.size();
+    }
+    size_t stored = 0;
+    const ValueState state = deliver(value, clientType, buffer, capacity, stored);
+    s.states[i] = state;
+    s.asked[i] = true;
+    if (indicator)
+        *indicator = state == ValueState::Null ? 1 : 0;
+    if (length)
+        *length = state == ValueState::Null ? 0 : stored;
+    return state;
+}
+
+ValueState DorCursor::valueState(int column) const
+{
+    CursorState& s = idleState();
+    const size_t i = s.columnAt(column);
+    if (s.asked[i])
+        return s.states[i];
+    return s.valueAt(i).kind == Value::Null ? ValueState::Null : ValueState::Exact;
+}
+
+bool DorCursor::isNull(int column) const
+{
+    CursorState& s = idleState();
+    return s.valueAt(s.columnAt(column)).kind == Value::Null;
+}
+
+int64_t DorCursor::getBlobLen(int column)
+{
+    CursorState& s = idleState();
+    const size_t i = s.columnAt(column);
+    s.writePending();
+    const Value value = s.valueAt(i);
+    if (value.kind == Value::Integer)
+        return static_cast<int64_t>(numberText(value.integer).size());
+    if (value.kind == Value::Real)
+        return static_cast<int64_t>(numberText(value.real).size());
+    return static_cast<int64_t>(value.length);
+}
+
+size_t DorCursor::getBlob(int column, int64_t offset, void* buffer, size_t size)
+{
+    CursorState& s = idleState();
+    const size_t i = s.columnAt(column);
+    s.writePending();
+    const Value value = s.valueAt(i);
+    std::string number;
+    std::string_view bytes = value.bytes();
+    if (value.kind == Value::Integer)
+        bytes = number = numberText(value.integer);
+    else if (value.kind == Value::Real)
+        bytes = number = numberText(value.real);
+    const size_t whole = std::max(value.length, bytes.size());
+    if (offset < 0 || static_cast<size_t>(offset) >= whole)
+        return 0;
+    const size_t from = static_cast<size_t>(offset);
+    const size_t n = std::min(size, whole - from);
+    if (from + n > bytes.size())
+        return s.answer.rows->piece(i, from, buffer, n);
+    std::memcpy(buffer, bytes.data() + from, n);
+    return n;
+}
+
+void DorCursor::clearBlob(int column)
+{
+    CursorState& s = idleState();
+    const size_t i = s.columnAt(column);
+    if (s.pending && s.pending->column != i)
+        s.writePending();
+    s.valueAt(i); // there must be a row
+    if (!isKeyed() || s.answer.columns[i].column.empty())
+        throw makeError(CodeNotUpdatable, s.answer.columns[i].label);
+    const int type = s.answer.columns[i].type;
+    const bool bytes = type == TypeBlob || type == TypeByte || type == TypeVarbyte;
+    s.pending = std::make_unique<CursorState::Pending>(
+        CursorState::Pending{i, bytes ? Value::Blob : Value::Text, {}});
+}
+
+void DorCursor::appendBlob(int column, const void* data, size_t size)
+{
+    CursorState& s = idleState();
+    const size_t i = s.columnAt(column);
+    if (!s.pending || s.pending->column != i) {
+        std::string before(static_cast<size_t>(getBlobLen(column)), 0);
+        before.resize(getBlob(column, 0, before.data(), before.size()));
+        clearBlob(column);
+        s.pending->bytes = std::move(before);
+    }
+    s.pending->bytes.append(static_cast<const char*>(data), size);
+}
+
+int DorCursor::blobType(int column) const
+{
+    const CursorState& s = idleState();
+    return s.answer.columns[s.columnAt(column)].type;
+}
+
+} // namespace DorCPP
+
+int DORVEX_GetCursorOption(int handle, int option, int column, void* value, int size)
+{
+    using namespace DorCPP;
+    try {
+        if (size != static_cast<int>(sizeof(int32_t)) || !value)
+            return CodeBadCall;
+        DorCursor cursor;
+        cursor.attach(handle, false);
+        int32_t answer = 0;
+        if (option == CursorOptionNull)
+            answer = cursor.isNull(column) ? 1 : 0;
+        else if (option == CursorOptionBlobType)
+            answer = cursor.blobType(column);
+        else
+            return CodeBadCall;
+        std::memcpy(value, &answer, sizeof answer);
+        return 0;
+    } catch (const DorX& x) {
+        return x.code();
+    }
+}

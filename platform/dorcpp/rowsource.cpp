@@ -1,0 +1,141 @@
+#include <dorcpp/rowsource.h>
+
+#include <algorithm>
+
+#include <dorcpp/errors.h>
+
+namespace DorCPP {
+
+namespace {
+
+int64_t keyCount(const KeyStore& keys)
+{
+    if (const auto* list = std::get_if<KeyList>(&keys))
+        return static_cast<int64_t>(list->size());
+    return std::get<Spool>(keys).rows();
+}
+
+} // namespace
+
+bool SpooledRows::seek(int64_t row)
+{
+    m_row = row;
+    return true;
+}
+
+size_t SpooledRows::piece(size_t column, uint64_t offset, void* buffer, size_t size)
+{
+    return m_rows->piece(m_row, column, offset, buffer, size);
+}
+
+void SpooledRows::write(size_t, const Value&)
+{
+    throw makeError(CodeNotUpdatable, "it does not come row by row from one table");
+}
+
+KeyedRows::KeyedRows(std::shared_ptr<Session> session, KeyedText text, KeyStore keys)
+    : m_session(std::move(session))
+    , m_text(std::move(text))
+    , m_keys(std::move(keys))
+    , m_count(keyCount(m_keys))
+    , m_current(m_blocks.data())
+{
+    for (Block& block : m_blocks)
+        block.rows = RowBlock(m_text.columns.size());
+}
+
+bool KeyedRows::use(int64_t row)
+{
+    m_current->lastUse = ++m_clock;
+    m_row = row;
+    m_place = m_current->places[static_cast<size_t>(row - m_current->first)];
+    return m_place >= 0;
+}
+
+bool KeyedRows::findLoaded(int64_t row)
+{
+    if (m_changes != m_session->changes()) {
+        for (Block& block : m_blocks)
+            block.places.clear();
+        m_changes = m_session->changes();
+        return false;
+    }
+    if (m_current->holds(row))
+        return true;
+    const auto at = std::find_if(m_blocks.begin(), m_blocks.end(),
+                                 [&](const Block& block) { return block.holds(row); });
+    if (at == m_blocks.end())
+        return false;
+    m_current = &*at;
+    return true;
+}
+
+void KeyedRows::load(int64_t row, Driver& driver)
+{
+    const bool loaded = !m_current->places.empty();
+    const bool readingOn = loaded && row == m_current->end();
+    const bool readingBack = loaded && row == m_current->first - 1;
+    m_size = readingOn || readingBack ? std::min(m_size * 2, largeBlock) : smallBlock;
+    const bool endsHere = readingBack || row == m_count - 1;
+    const int64_t first = endsHere ? std::max<int64_t>(row + 1 - m_size, 0) : row;
+    const int64_t size = std::min(m_size, (endsHere ? row + 1 : m_count) - first);
+
+    Block& block =
+        *std::min_element(m_blocks.begin(), m_blocks.end(),
+                          [](const Block& a, const Block& b) { return a.lastUse < b.lastUse; });
+    block.rows.clear();
+    std::vector<int> places = std::move(block.places);
+    block.places.clear(); // holds nothing until all was read
+    places.assign(static_cast<size_t>(size), -1);
+    block.first = first;
+    driver.readRows(m_text, m_keys, static_cast<size_t>(first), block.rows, places);
+    if (row >= first + static_cast<int64_t>(places.size())) { // long rows: begin at the wanted one
+        block.rows.clear();
+        places.assign(1, -1);
+        block.first = row;
+        driver.readRows(m_text, m_keys, static_cast<size_t>(row), block.rows, places);
+    }
+    block.places = std::move(places);
+    m_current = &block;
+}
+
+bool KeyedRows::seek(int64_t row)
+{
+    if (!findLoaded(row)) {
+        const Session::Use driver(*m_session);
+        load(row, *driver);
+    }
+    return use(row);
+}
+
+bool KeyedRows::seek(int64_t row, Driver& driver)
+{
+    if (!findLoaded(row))
+        load(row, driver);
+    return use(row);
+}
+
+Value KeyedRows::value(size_t column)
+{
+    return m_current->rows.value(static_cast<size_t>(m_place), column);
+}
+
+size_t KeyedRows::piece(size_t column, uint64_t offset, void* buffer, size_t size)
+{
+    const Session::Use driver(*m_session);
+    return driver->readPiece(m_text, m_keys, static_cast<size_t>(m_row), column, offset, buffer,
+                             size);
+}
+
+void KeyedRows::write(size_t column, const Value& value)
+{
+    {
+        const Session::Use driver(*m_session);
+        driver->writeValue(m_text, m_keys, static_cast<size_t>(m_row), column, value,
+                           m_current->rows, static_cast<size_t>(m_place));
+    }
+    m_session->countChange();
+    seek(m_row);
+}
+
+} // namespace DorCPP

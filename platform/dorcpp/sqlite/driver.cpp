@@ -1,0 +1,490 @@
+#include <dorcpp/sqlite/driver.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include <strings.h>
+
+#include <dorcpp/errors.h>
+#include <dorcpp/sqlite/errors.h>
+#include <dorcpp/sqlite/types.h>
+
+namespace DorCPP {
+
+std::unique_ptr<Driver> openSqlite(const Target& target)
+{
+    return std::make_unique<Sqlite::SqliteDriver>(target);
+}
+
+namespace Sqlite {
+
+namespace {
+
+constexpr int lockTimeoutBeside = 10'000; // ms, of statements that nobody waits for with the mouse
+constexpr size_t maxBlockHeap = 2 << 20;
+constexpr size_t maxBlockCells = 128 << 10;
+constexpr size_t maxGuardBytes = 4096;   // longer values do not guard an update
+constexpr int progressOperations = 1000; // between two looks at the stop flag
+
+std::string orEmpty(const char* text)
+{
+    return text ? text : "";
+}
+
+ColumnInfo columnInfo(sqlite3_stmt* statement, int i)
+{
+    ColumnInfo column;
+    column.owner = orEmpty(sqlite3_column_database_name(statement, i));
+    column.table = orEmpty(sqlite3_column_table_name(statement, i));
+    column.column = orEmpty(sqlite3_column_origin_name(statement, i));
+    column.label = orEmpty(sqlite3_column_name(statement, i));
+    const ColumnType type = columnType(sqlite3_column_decltype(statement, i));
+    column.type = type.type;
+    column.length = type.length;
+    return column;
+}
+
+std::vector<ColumnInfo> columnInfos(sqlite3_stmt* statement)
+{
+    std::vector<ColumnInfo> columns;
+    const int count = sqlite3_column_count(statement);
+    for (int i = 0; i < count; ++i)
+        columns.push_back(columnInfo(statement, i));
+    return columns;
+}
+
+// The engine prepares a statement anew by itself when the schema has changed.
+void checkColumns(sqlite3_stmt* statement, const KeyedText& text, int extra)
+{
+    const int count = static_cast<int>(text.columns.size());
+    bool same = sqlite3_column_count(statement) == count + extra;
+    for (int i = 0; same && i < count; ++i)
+        same = text.columns[static_cast<size_t>(i)].label ==
+               orEmpty(sqlite3_column_name(statement, i));
+    if (!same)
+        throw makeError(CodeStructureChanged);
+}
+
+// " WHERE t.k1 = ?n AND ..."; alias: with its point, or empty.
+std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber)
+{
+    std::string text;
+    for (const std::string& column : key.columns) {
+        text += (text.empty() ? " WHERE " : " AND ") + alias + column + " = ?" +
+                std::to_string(firstNumber++);
+    }
+    return text;
+}
+
+std::string rowText(const KeyedText& text)
+{
+    return "SELECT " + text.list + " FROM " + text.from + whereKey(text.key, text.alias + '.', 1);
+}
+
+std::string rangeText(const KeyedText& text)
+{
+    const std::string key = text.alias + '.' + text.key.columns[0];
+    return "SELECT " + text.list + ", " + key + " FROM " + text.from + " WHERE " + key +
+           " BETWEEN ?1 AND ?2 ORDER BY " + key;
+}
+
+void bindKey(Use& use, int firstNumber, KeyStore& keys, size_t row)
+{
+    if (const auto* list = std::get_if<KeyList>(&keys)) {
+        use.bind(firstNumber, (*list)[row]);
+        return;
+    }
+    auto& spool = std::get<Spool>(keys);
+    const auto at = static_cast<int64_t>(row);
+    for (size_t i = 0; i < spool.columns(); ++i) {
+        Value value = spool.value(at, i);
+        std::string whole;
+        if (value.held < value.length) {
+            whole.resize(value.length);
+            spool.piece(at, i, 0, whole.data(), whole.size());
+            value.data = whole.data();
+            value.held = whole.size();
+        }
+        use.bind(firstNumber + static_cast<int>(i), value);
+    }
+}
+
+bool startsWithSqlite(const std::string& name)
+{
+    return strncasecmp(name.c_str(), "sqlite_", 7) == 0;
+}
+
+} // namespace
+
+// Keeps one state of the database over several statements, unless a transaction does so already.
+class SqliteDriver::ReadTransaction {
+public:
+    explicit ReadTransaction(SqliteDriver& driver)
+        : m_driver(driver)
+        , m_own(!driver.inTransaction())
+    {
+        if (m_own)
+            run("BEGIN");
+    }
+    ~ReadTransaction()
+    {
+        if (m_own && m_driver.inTransaction())
+            sqlite3_exec(m_driver.m_db.get(), "COMMIT", nullptr, nullptr, nullptr);
+    }
+    ReadTransaction(const ReadTransaction&) = delete;
+    ReadTransaction& operator=(const ReadTransaction&) = delete;
+
+private:
+    void run(const char* sql)
+    {
+        Use use(m_driver.m_db.get(), m_driver.m_cache.get(sql));
+        use.step();
+    }
+    SqliteDriver& m_driver;
+    bool m_own;
+};
+
+SqliteDriver::SqliteDriver(const Target& target)
+    : m_target(target)
+    , m_db(openFile(target))
+    , m_utf8(isUtf8(m_db.get()))
+    , m_cache(m_db.get())
+{
+}
+
+SqliteDriver::~SqliteDriver() = default;
+
+bool SqliteDriver::isReadOnly() const
+{
+    return m_target.readOnly || sqlite3_db_readonly(m_db.get(), "main") == 1;
+}
+
+std::unique_ptr<Driver> SqliteDriver::duplicate() const
+{
+    if (m_target.path.empty())
+        return nullptr;
+    Target target = m_target;
+    target.mayCreate = false;
+    target.verify = false;
+    target.lockTimeout = std::max(target.lockTimeout, lockTimeoutBeside);
+    return std::make_unique<SqliteDriver>(target);
+}
+
+bool SqliteDriver::inTransaction() const
+{
+    return sqlite3_get_autocommit(m_db.get()) == 0;
+}
+
+void SqliteDriver::probe()
+{
+    int moved = 0;
+    sqlite3_file_control(m_db.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    if (moved)
+        throw makeEngineError(CodeSessionLost, SQLITE_READONLY_DBMOVED,
+                              "the database file has been moved or deleted");
+    Use use(m_db.get(), m_cache.get("SELECT 1"));
+    use.step();
+}
+
+int SqliteDriver::prepare(const std::string& sql, bool longLived)
+{
+    if (longLived)
+        return sqlite3_bind_parameter_count(m_cache.get(sql));
+    return sqlite3_bind_parameter_count(prepareOne(m_db.get(), sql, false).get());
+}
+
+std::vector<ColumnInfo> SqliteDriver::describe(const std::string& sql)
+{
+    return columnInfos(prepareOne(m_db.get(), sql, false).get());
+}
+
+StatementResult SqliteDriver::run(const std::string& sql, const Parameters& parameters,
+                                  bool prepared)
+{
+    StatementResult result;
+    StatementPtr own;
+    if (!prepared)
+        own = prepareOne(m_db.get(), sql, false);
+    sqlite3_stmt* statement = prepared ? m_cache.get(sql) : own.get();
+    if (!statement)
+        return result;
+    const bool inside = inTransaction();
+    const sqlite3_int64 before = sqlite3_total_changes64(m_db.get());
+    try {
+        runToEnd(statement, parameters, result);
+    } catch (DorX& x) {
+        if (inside && !inTransaction())
+            x.addNested(makeError(CodeUndone, "the whole transaction has been rolled back"));
+        throw;
+    }
+    if (sqlite3_total_changes64(m_db.get()) != before)
+        result.changed = sqlite3_changes64(m_db.get());
+    return result;
+}
+
+void SqliteDriver::runToEnd(sqlite3_stmt* statement, const Parameters& parameters,
+                            StatementResult& result)
+{
+    Use use(m_db.get(), statement);
+    use.bind(parameters);
+    bool row = use.step();
+    if (const int columns = sqlite3_column_count(statement)) {
+        result.columns = columnInfos(statement);
+        result.rows = std::make_unique<Spool>(static_cast<size_t>(columns));
+        for (; row; row = use.step()) {
+            result.rows->beginRow();
+            takeCells(statement, 0, columns, m_utf8, *result.rows);
+        }
+        result.rows->finish();
+    }
+    use.reset();
+}
+
+void SqliteDriver::settingsChanged()
+{
+    m_utf8 = isUtf8(m_db.get()); // that of an empty database can be changed
+}
+
+TableKey SqliteDriver::keyOf(const KeyedSelect& select)
+{
+    TableKey key;
+    if (startsWithSqlite(select.table)) // the engine's own tables are shown, never edited
+        return key;
+    // Names without a schema are looked up in the temporary schema, then main, then the others.
+    Use table(m_db.get(),
+              m_cache.get("SELECT l.schema, l.type, l.wr FROM pragma_table_list(?1) AS l"
+                          " JOIN pragma_database_list AS d ON d.name = l.schema"
+                          " WHERE ?2 = '' OR l.schema = ?2 COLLATE NOCASE"
+                          " ORDER BY d.seq <> 1, d.seq LIMIT 1"));
+    table.bind(1, select.table);
+    table.bind(2, select.schema);
+    if (!table.step() ||
+        orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(table.get(), 1))) != "table")
+        return key;
+    const std::string schema =
+        orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(table.get(), 0)));
+    const bool withoutRowId = sqlite3_column_int(table.get(), 2) != 0;
+
+    Use column(m_db.get(), m_cache.get("SELECT name, pk FROM pragma_table_xinfo(?1, ?2)"
+                                       " ORDER BY pk"));
+    column.bind(1, select.table);
+    column.bind(2, schema);
+    std::vector<std::string> free = {"rowid", "oid", "_rowid_"};
+    while (column.step()) {
+        const std::string name =
+            orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(column.get(), 0)));
+        std::erase_if(
+            free, [&](const std::string& f) { return strcasecmp(f.c_str(), name.c_str()) == 0; });
+        if (withoutRowId && sqlite3_column_int(column.get(), 1) > 0)
+            key.columns.push_back(quoteName(name));
+    }
+    if (!withoutRowId && !free.empty()) {
+        key.columns.push_back(free.front());
+        key.rowId = true;
+    }
+    return key;
+}
+
+bool SqliteDriver::givesRow(const std::string& sql)
+{
+    try {
+        const StatementPtr statement = prepareOne(m_db.get(), sql, false);
+        Use use(m_db.get(), statement.get());
+        return use.step();
+    } catch (const DorX& x) {
+        if (x.code() == CodeSqlText)
+            return true;
+        throw;
+    }
+}
+
+void SqliteDriver::readKeys(const std::string& sql, const Parameters& parameters,
+                            const TableKey& key, KeyStore& keys)
+{
+    const StatementPtr statement = prepareOne(m_db.get(), sql, false);
+    Use use(m_db.get(), statement.get());
+    use.bind(parameters);
+    const int count = static_cast<int>(key.columns.size());
+    const int first = sqlite3_column_count(statement.get()) - count;
+    if (auto* list = std::get_if<KeyList>(&keys)) {
+        while (use.step())
+            list->add(sqlite3_column_int64(statement.get(), first));
+        return;
+    }
+    auto& spool = std::get<Spool>(keys);
+    while (use.step()) {
+        spool.beginRow();
+        takeCells(statement.get(), first, count, m_utf8, spool);
+    }
+    spool.finish();
+}
+
+void SqliteDriver::readRows(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+                            std::vector<int>& places)
+{
+    const size_t columns = std::max<size_t>(text.columns.size(), 1);
+    places.resize(std::min(places.size(), std::max<size_t>(maxBlockCells / columns, 1)));
+    const ReadTransaction one(*this);
+    while (true) {
+        const auto* list = std::get_if<KeyList>(&keys);
+        bool close = list != nullptr;
+        for (size_t i = 1; close && i < places.size(); ++i)
+            close = (*list)[first + i] > (*list)[first + i - 1];
+        close = close && static_cast<uint64_t>((*list)[first + places.size() - 1]) -
+                                 static_cast<uint64_t>((*list)[first]) <
+                             4 * places.size();
+        if (close)
+            readRange(text, *list, first, block, places);
+        else
+            readSingly(text, keys, first, block, places);
+        if (block.heapBytes() <= maxBlockHeap || places.size() == 1)
+            return;
+        block.clear(); // long rows: fewer of them
+        places.assign(std::max<size_t>(places.size() / 8, 1), -1);
+    }
+}
+
+void SqliteDriver::readRange(const KeyedText& text, const KeyList& keys, size_t first,
+                             RowBlock& block, std::vector<int>& places)
+{
+    const int columns = static_cast<int>(text.columns.size());
+    Use use(m_db.get(), m_cache.get(rangeText(text)));
+    use.bind(1, keys[first]);
+    use.bind(2, keys[first + places.size() - 1]);
+    for (size_t i = 0; use.step();) {
+        if (block.rows() == 0)
+            checkColumns(use.get(), text, 1);
+        const int64_t key = sqlite3_column_int64(use.get(), columns);
+        while (i < places.size() && keys[first + i] < key)
+            ++i;
+        if (i == places.size() || block.heapBytes() > maxBlockHeap)
+            break;
+        if (keys[first + i] != key)
+            continue;
+        places[i] = static_cast<int>(block.rows());
+        block.beginRow();
+        takeCells(use.get(), 0, columns, m_utf8, block);
+    }
+}
+
+void SqliteDriver::readSingly(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+                              std::vector<int>& places)
+{
+    std::vector<size_t> order(places.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    if (const auto* list = std::get_if<KeyList>(&keys)) { // in key order pages are found in order
+        std::sort(order.begin(), order.end(),
+                  [&](size_t a, size_t b) { return (*list)[first + a] < (*list)[first + b]; });
+    }
+    const int columns = static_cast<int>(text.columns.size());
+    sqlite3_stmt* statement = m_cache.get(rowText(text));
+    for (const size_t i : order) {
+        Use use(m_db.get(), statement);
+        bindKey(use, 1, keys, first + i);
+        if (!use.step())
+            continue;
+        if (block.rows() == 0)
+            checkColumns(statement, text, 0);
+        places[i] = static_cast<int>(block.rows());
+        block.beginRow();
+        takeCells(statement, 0, columns, m_utf8, block);
+        if (block.heapBytes() > maxBlockHeap)
+            return;
+    }
+}
+
+size_t SqliteDriver::readPiece(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
+                               uint64_t offset, void* buffer, size_t size)
+{
+    const ColumnInfo& info = text.columns[column];
+    if (text.key.rowId && m_utf8 && !info.table.empty()) {
+        sqlite3_blob* handle = nullptr;
+        const int opened =
+            sqlite3_blob_open(m_db.get(), info.owner.c_str(), info.table.c_str(),
+                              info.column.c_str(), std::get<KeyList>(keys)[row], 0, &handle);
+        const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> blob(handle,
+                                                                         sqlite3_blob_close);
+        if (opened == SQLITE_OK) {
+            const auto whole = static_cast<uint64_t>(sqlite3_blob_bytes(handle));
+            if (offset >= whole)
+                return 0;
+            const size_t n = std::min<size_t>(size, whole - offset);
+            if (sqlite3_blob_read(handle, buffer, static_cast<int>(n), static_cast<int>(offset)) !=
+                SQLITE_OK)
+                throw lastError(m_db.get());
+            return n;
+        }
+        if (codeOf(opened) != CodeSqlText) // else a value or table that has no such access
+            throw lastError(m_db.get());
+    }
+    Use use(m_db.get(), m_cache.get(rowText(text)));
+    bindKey(use, 1, keys, row);
+    if (!use.step())
+        throw makeError(CodeRowGone);
+    checkColumns(use.get(), text, 0);
+    const int i = static_cast<int>(column);
+    const bool isText = sqlite3_column_type(use.get(), i) == SQLITE_TEXT;
+    const void* bytes =
+        isText ? sqlite3_column_text(use.get(), i) : sqlite3_column_blob(use.get(), i);
+    const auto whole = static_cast<uint64_t>(sqlite3_column_bytes(use.get(), i));
+    if (!bytes || offset >= whole)
+        return 0;
+    const size_t n = std::min<size_t>(size, whole - offset);
+    std::memcpy(buffer, static_cast<const char*>(bytes) + offset, n);
+    return n;
+}
+
+void SqliteDriver::writeValue(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
+                              const Value& value, const RowBlock& seen, size_t place)
+{
+    const ColumnInfo& target = text.columns[column];
+    // A key may have been given to another row since: the values that were read must be there too.
+    std::vector<Value> guards;
+    const int keyCount = static_cast<int>(text.key.columns.size());
+    std::string guard;
+    for (size_t i = 0; i < text.columns.size(); ++i) {
+        const Value old = seen.value(place, i);
+        if (text.columns[i].table.empty() || old.held < old.length || old.length > maxGuardBytes)
+            continue;
+        guards.push_back(old);
+        guard += " AND " + quoteName(text.columns[i].column) + " IS ?" +
+                 std::to_string(1 + keyCount + static_cast<int>(guards.size())) + " COLLATE BINARY";
+    }
+    const std::string table = quoteName(target.owner) + '.' + quoteName(target.table);
+    {
+        Use use(m_db.get(), m_cache.get("UPDATE " + table + " SET " + quoteName(target.column) +
+                                        " = ?1" + whereKey(text.key, "", 2) + guard));
+        use.bind(1, value);
+        bindKey(use, 2, keys, row);
+        for (size_t i = 0; i < guards.size(); ++i)
+            use.bind(2 + keyCount + static_cast<int>(i), guards[i]);
+        use.step();
+        use.reset();
+    }
+    if (sqlite3_changes64(m_db.get()) == 1)
+        return;
+    Use still(m_db.get(), m_cache.get("SELECT 1 FROM " + table + whereKey(text.key, "", 1)));
+    bindKey(still, 1, keys, row);
+    throw makeError(still.step() ? CodeRowChanged : CodeRowGone);
+}
+
+void SqliteDriver::watch(const std::atomic<bool>* stop)
+{
+    m_stop = stop;
+    const auto look = [](void* driver) -> int {
+        const auto* flag = static_cast<SqliteDriver*>(driver)->m_stop;
+        return flag && *flag ? 1 : 0;
+    };
+    sqlite3_progress_handler(m_db.get(), stop ? progressOperations : 0, stop ? +look : nullptr,
+                             this);
+}
+
+void SqliteDriver::interrupt() noexcept
+{
+    sqlite3_interrupt(m_db.get());
+}
+
+} // namespace Sqlite
+
+} // namespace DorCPP
