@@ -1,0 +1,49 @@
+// The scroll area behind aCApsWnd.
+#pragma once
+
+#include <QAbstractScrollArea>
+#include <QPointer>
+
+#include <oviapi/apswnd.h>
+
+#include "native.h"
+
+namespace OviAPI {
+
+class ScrollArea : public QAbstractScrollArea {
+public:
+    explicit ScrollArea(aCApsWnd& window)
+        : owner(window)
+    {
+    }
+
+    aCApsWnd& owner;
+    // Set while the framework itself moves a bar.
+    bool silent = false;
+
+protected:
+    void scrollContentsBy(int dx, int dy) override;
+};
+
+struct ScrollNative : Native {
+    explicit ScrollNative(aCApsWnd& window);
+
+    void applyBar(ScrollBar bar);
+    // The position alone.
+    void applyPosition(ScrollBar bar);
+    ScrollArea* area() const { return static_cast<ScrollArea*>(widget.data()); }
+    QScrollBar* bar(ScrollBar which) const;
+
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+protected:
+    bool filterSurface(QEvent* event) override;
+
+private:
+    void step(ScrollBar which, int action);
+    bool hint(QEvent* event);
+
+    aCApsWnd& m_window;
+};
+
+} // namespace OviAPI
