@@ -1,0 +1,13 @@
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+#include <oviapi/application.h>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    setenv("QT_QPA_PLATFORM", "offscreen", 0); // tests may also be pointed at a display
+    OviAPI::Application application;
+    application.start(argc, argv);
+    return RUN_ALL_TESTS();
+}
