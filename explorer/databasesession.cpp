@@ -1,0 +1,134 @@
+#include "explorer/databasesession.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include <dorcpp/charset.h>
+#include <dorcpp/cursor.h>
+#include <oviapi/text.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "explorer/sqltext.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view fileScheme = "sqlite:";
+
+std::wstring systemWords(int error)
+{
+    return OviAPI::localeToWide(std::generic_category().message(error));
+}
+
+// Looks at the file before the engine does: a pipe would block it, and its words for a folder or a
+// missing file are less plain.
+void checkFile(const std::string& path)
+{
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) {
+        const int error = errno;
+        const bool missing = error == ENOENT || error == ENOTDIR;
+        throw OpenFailure(missing           ? TextErrorMissing
+                          : error == EACCES ? TextErrorPermission
+                                            : TextErrorOther,
+                          missing ? std::wstring() : systemWords(error));
+    }
+    if (S_ISDIR(status.st_mode))
+        throw OpenFailure(TextErrorFolder, {});
+    if (!S_ISREG(status.st_mode))
+        throw OpenFailure(TextErrorNotFile, {});
+    if (access(path.c_str(), R_OK) != 0)
+        throw OpenFailure(TextErrorPermission, systemWords(errno));
+}
+
+TextId reasonOf(const DorCPP::DorX& x)
+{
+    switch (x.code()) {
+    case DorCPP::CodeCorruptFile:
+        return TextErrorNotDatabase;
+    case DorCPP::CodeLocked:
+        return TextErrorLocked;
+    default:
+        return TextErrorOther;
+    }
+}
+
+std::wstring textOfColumn(DorCPP::DorCursor& cursor, int column)
+{
+    std::vector<char16_t> units(32768);
+    size_t length = 0;
+    cursor.getData(column, DorCPP::TypeNchar, units.data(), units.size() * sizeof units[0], nullptr,
+                   &length);
+    return OviAPI::utf16ToWide({units.data(), length / sizeof units[0]});
+}
+
+} // namespace
+
+std::string databasePath(const std::string& name)
+{
+    if (name.compare(0, fileScheme.size(), fileScheme) == 0) {
+        const std::string path = name.substr(fileScheme.size());
+        return path.substr(0, path.rfind("?mode="));
+    }
+    const bool server = name.find("://") != std::string::npos;
+    return server ? std::string() : name;
+}
+
+std::wstring messageOf(const DorCPP::DorX& x)
+{
+    std::array<char, 4096> text{};
+    x.getMessage(text.data(), static_cast<int>(text.size()));
+    return OviAPI::localeToWide(text.data());
+}
+
+DatabaseSession::DatabaseSession(const std::string& name)
+    : m_name(name)
+    , m_path(databasePath(name))
+{
+    if (name.empty())
+        throw OpenFailure(TextErrorEmptyName, {});
+    if (!m_path.empty()) {
+        checkFile(m_path);
+        const std::string absolute = fs::absolute(m_path).lexically_normal().string();
+        m_name.replace(m_name.find(m_path), m_path.size(), absolute);
+        m_path = absolute;
+    }
+    try {
+        m_connection.createCS("", "", m_name.c_str(), "timeout=1000", 0, false, true);
+        readTables();
+    } catch (const DorCPP::DorX& x) {
+        throw OpenFailure(reasonOf(x), messageOf(x));
+    }
+}
+
+std::wstring DatabaseSession::displayName() const
+{
+    if (m_path.empty())
+        return OviAPI::localeToWide(m_name);
+    return OviAPI::localeToWide(fs::path(m_path).filename().string());
+}
+
+std::wstring DatabaseSession::displayPath() const
+{
+    return OviAPI::localeToWide(m_path.empty() ? m_name : m_path);
+}
+
+void DatabaseSession::readTables()
+{
+    DorCPP::DorCursor cursor;
+    cursor.create(m_connection, DorCPP::ModeReadOnly, nullptr, false);
+    cursor.execute(DorCPP::narrow(catalogText(), DorCPP::getStdCharset()).c_str());
+    std::vector<DatabaseTable> tables;
+    const int64_t count = cursor.selectRowCount();
+    for (int64_t row = 1; row <= count; ++row) {
+        cursor.fetch(DorCPP::FetchAbsolute, row);
+        tables.push_back({textOfColumn(cursor, 1), textOfColumn(cursor, 2) == L"view"});
+    }
+    m_tables = std::move(tables);
+}

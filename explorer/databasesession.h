@@ -1,0 +1,70 @@
+// An open database and what is in it.
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <dorcpp/connect.h>
+#include <dorcpp/dorx.h>
+
+#include "explorer/texts.h"
+
+// Why a database could not be opened.
+class OpenFailure : public std::exception {
+public:
+    OpenFailure(TextId reason, std::wstring details)
+        : m_reason(reason)
+        , m_details(std::move(details))
+    {
+    }
+
+    // A sentence for the user.
+    TextId reason() const { return m_reason; }
+    // The words of the system or the engine; may be empty.
+    const std::wstring& details() const { return m_details; }
+    const char* what() const noexcept override { return "the database cannot be opened"; }
+
+private:
+    TextId m_reason;
+    std::wstring m_details;
+};
+
+struct DatabaseTable {
+    std::wstring name;
+    bool isView = false;
+
+    bool operator==(const DatabaseTable&) const = default;
+};
+
+class DatabaseSession {
+public:
+    // name: a path or "sqlite:PATH" in multibyte text, or what else the database client knows.
+    // Never waits longer than a second for a lock, nor for a pipe. Throws OpenFailure.
+    explicit DatabaseSession(const std::string& name);
+
+    // As it was opened, a path made absolute.
+    const std::string& name() const { return m_name; }
+    // The path of the file; empty for a database on a server.
+    const std::string& path() const { return m_path; }
+    std::wstring displayName() const; // the file's name without its folder
+    std::wstring displayPath() const;
+
+    DorCPP::DorConnect& connection() { return m_connection; }
+    const std::vector<DatabaseTable>& tables() const { return m_tables; }
+    // Reads the list of tables again. Throws DorX.
+    void readTables();
+
+private:
+    std::string m_name;
+    std::string m_path;
+    DorCPP::DorConnect m_connection;
+    std::vector<DatabaseTable> m_tables;
+};
+
+// The file path that a database name stands for; empty when it names a server.
+std::string databasePath(const std::string& name);
+
+// The engine's words of an error, in wide text.
+std::wstring messageOf(const DorCPP::DorX& x);

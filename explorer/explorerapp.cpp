@@ -1,0 +1,75 @@
+#include "explorer/explorerapp.h"
+
+#include <cstdlib>
+
+#include "explorer/textlookup.h"
+#include "explorer/tour.h"
+
+ExplorerApp::ExplorerApp(Arguments arguments)
+    : m_arguments(std::move(arguments))
+{
+}
+
+ExplorerApp::~ExplorerApp() = default;
+
+void ExplorerApp::initBeforeOptions()
+{
+    if (!m_arguments.configDir.empty())
+        setenv("XDG_CONFIG_HOME", m_arguments.configDir.c_str(), 1);
+}
+
+void ExplorerApp::loadOptions()
+{
+    if (m_arguments.tour.empty())
+        ExtApp::loadOptions();
+    else
+        m_options.initDefaults();
+}
+
+void ExplorerApp::saveOptions()
+{
+    if (m_arguments.tour.empty())
+        ExtApp::saveOptions();
+}
+
+// A tour looks the same on every screen.
+bool ExplorerApp::adaptToTD()
+{
+    return m_arguments.tour.empty() && ExtApp::adaptToTD();
+}
+
+void ExplorerApp::initAfterOptions()
+{
+    m_form = std::make_unique<MainForm>(m_options, resources());
+    if (!m_form->create())
+        throw LException("explorerapp", __LINE__, L"The window cannot be made");
+    m_form->show(true);
+    OviAPI::connect<&OviAPI::WTimer::onTimer>(m_started, *this, &ExplorerApp::onStarted);
+    m_started.start();
+}
+
+void ExplorerApp::deInitApplication()
+{
+    m_tour.reset();
+    ExtApp::deInitApplication();
+}
+
+void ExplorerApp::deInitAfterOptions()
+{
+    m_form.reset();
+}
+
+OviAPI::SlotResult ExplorerApp::onStarted(OviAPI::Object*)
+{
+    m_started.stop();
+    if (!m_arguments.tour.empty()) {
+        m_tour = std::make_unique<Tour>(*m_form, m_arguments.tour, m_arguments.database);
+        m_tour->start();
+        return 1;
+    }
+    if (m_arguments.database.empty())
+        m_form->openLast();
+    else
+        m_form->openDatabase(m_arguments.database);
+    return 1;
+}

@@ -1,0 +1,204 @@
+#include "explorer/mainform.h"
+
+#include <algorithm>
+
+#include <oviapi/application.h>
+
+#include "app/extapp.h"
+#include "explorer/samplebuilder.h"
+#include "explorer/textlookup.h"
+
+namespace {
+
+constexpr int iconId = 1;
+constexpr int narrowestPane = 120; // px
+
+} // namespace
+
+MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
+    : m_options(options)
+    , m_samplePath(sampleDatabasePath())
+{
+    init(iconId, resources);
+    OviAPI::connect<&MainMenu::onCommand>(m_menu, *this, &MainForm::onMenuCommand);
+    OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
+    OviAPI::connect<&TablePane::onPlaceChanged>(m_pane, *this, &MainForm::onPlaceChanged);
+    OviAPI::connect<&SplitterBar::onSplit>(m_splitter, *this, &MainForm::onSplit);
+}
+
+MainForm::~MainForm()
+{
+    m_counter.stop();
+    m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    setMenu(nullptr);
+}
+
+void MainForm::setSample(const MachineData& machine, const std::filesystem::path& path)
+{
+    m_machine = machine;
+    m_samplePath = path;
+}
+
+bool MainForm::create()
+{
+    const OviAPI::Rect& place = m_options.MainFormRect;
+    if (TypicalOptions::isValidGeometry(place))
+        move(place.left, place.top, static_cast<int>(place.width()),
+             static_cast<int>(place.height()));
+    setFont(m_options.FontControls);
+    setMenu(&m_menu.menu());
+    if (!WExtForm::create())
+        return false;
+    for (OviAPI::WVisualObject* child :
+         std::initializer_list<OviAPI::WVisualObject*>{&m_list, &m_splitter, &m_pane, &m_status}) {
+        child->setParent(this);
+        if (!child->create())
+            return false;
+    }
+    applyFonts();
+    loadTexts();
+    m_list.setFocus();
+    if (m_options.MainFormMaximized)
+        maximize();
+    return true;
+}
+
+bool MainForm::onClose()
+{
+    m_options.MainFormMaximized = isMaximized();
+    m_options.MainFormRect = normalGeometry();
+    closeDatabase();
+    return true;
+}
+
+bool MainForm::onSize()
+{
+    layOut();
+    return false;
+}
+
+bool MainForm::onKeyDown(OviAPI::VirtualKey key)
+{
+    if (key.getKeyboardKey() != OviAPI::KeyEscape || !m_pane.isLoading())
+        return false;
+    m_pane.cancel();
+    return true;
+}
+
+OviAPI::SlotResult MainForm::onCharsetChanged(OviAPI::Object*, OviAPI::ResourceManager*)
+{
+    loadTexts();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onMenuCommand(OviAPI::Object*, Command command)
+{
+    execute(command);
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onListRow(OviAPI::Object*, long, long)
+{
+    if (!m_filling)
+        showCurrentTable();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onPlaceChanged(OviAPI::Object*)
+{
+    updateStatus();
+    updateMenu();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onSplit(OviAPI::Object*, int left)
+{
+    m_options.Splitter =
+        std::clamp(left, int{ExplorerOptions::MinSplitter}, int{ExplorerOptions::MaxSplitter});
+    layOut();
+    return 1;
+}
+
+void MainForm::setLanguage(enum TypicalOptions::Language language)
+{
+    m_options.Language = language;
+    auto* application = dynamic_cast<ExtApp*>(OviAPI::Application::instance());
+    if (!application)
+        return;
+    application->setLanguage(language);
+    application->notifyCharsetChanged();
+}
+
+void MainForm::applyFonts()
+{
+    setFont(m_options.FontControls);
+    slotFontChanged(this, fkControls, m_options.FontControls);
+    slotFontChanged(this, fkRecordView, m_options.FontGrid);
+    m_pane.fitColumns();
+    layOut();
+}
+
+void MainForm::loadTexts()
+{
+    m_menu.loadTexts();
+    m_menu.check(Command::English, m_options.Language != TypicalOptions::Koi8Language);
+    m_menu.check(Command::Russian, m_options.Language == TypicalOptions::Koi8Language);
+    m_list.loadTexts();
+    m_pane.loadTexts();
+    m_splitter.setAccessibleName(textOf(TextSplitterName).c_str());
+    updateTitle();
+    updateStatus();
+    updateMenu();
+}
+
+void MainForm::updateTitle()
+{
+    const std::wstring application = textOf(TextAppTitle);
+    if (m_session)
+        setTitle(m_session->displayName().c_str(), application.c_str());
+    else
+        setTitle(application.c_str());
+}
+
+void MainForm::updateStatus()
+{
+    m_status.setField(StatusLine::Database,
+                      m_session ? m_session->displayPath() : textOf(TextStatusNoDatabase));
+    std::wstring rows;
+    std::wstring cell;
+    const PlaceInTable place = m_pane.place();
+    if (m_pane.hasTable())
+        rows = place.rows == 1 ? textOf(TextStatusOneRow)
+                               : textOf(TextStatusRows, groupedNumber(place.rows));
+    if (place.row != 0)
+        cell = textOf(TextStatusRow, groupedNumber(place.row)) + L", " +
+               textOf(TextStatusColumn, place.column);
+    m_status.setField(StatusLine::Rows, rows);
+    m_status.setField(StatusLine::Place, cell);
+    m_status.setField(StatusLine::Value, place.value);
+}
+
+void MainForm::updateMenu()
+{
+    const bool open = m_session != nullptr;
+    m_menu.enable(Command::Close, open);
+    m_menu.enable(Command::Refresh, open);
+    m_menu.enable(Command::FitColumns, m_pane.hasTable());
+    m_menu.enable(Command::GoToRow, m_pane.place().rows > 0);
+}
+
+void MainForm::layOut()
+{
+    if (!m_status.isCreated())
+        return;
+    const OviAPI::Size size = clientSize();
+    const int statusTop = std::max(0, size.height - m_status.wantedHeight());
+    const int bar = SplitterBar::Thickness;
+    const int widest =
+        std::max<int>(ExplorerOptions::MinSplitter, size.width - narrowestPane - bar);
+    const int left = std::min<int>(m_options.Splitter, widest);
+    m_list.move(0, 0, left, statusTop);
+    m_splitter.move(left, 0, bar, statusTop);
+    m_pane.move(left + bar, 0, std::max(0, size.width - left - bar), statusTop);
+    m_status.move(0, statusTop, size.width, size.height - statusTop);
+}

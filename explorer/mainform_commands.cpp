@@ -1,0 +1,277 @@
+// What the main window does when it is asked to.
+#include "explorer/mainform.h"
+
+#include <algorithm>
+
+#include <oviapi/msgbox.h>
+#include <oviapi/text.h>
+#include <oviapi/version.h>
+
+#include "explorer/builddialog.h"
+#include "explorer/gotorowdialog.h"
+#include "explorer/opendialog.h"
+#include "explorer/textlookup.h"
+
+namespace {
+
+constexpr int smallestText = 6; // points
+constexpr int largestText = 40;
+
+enum TextKind : int { ControlText = 1, TableText = 2, AllText = ControlText | TableText };
+
+OviAPI::Font resized(const OviAPI::Font& font, int size)
+{
+    return {font.name(),      std::clamp(size, smallestText, largestText),
+            font.bold(),      font.italic(),
+            font.underline(), font.strikeout()};
+}
+
+void showBox(TextId title, const std::wstring& text)
+{
+    OviAPI::MsgBox::show(textOf(title).c_str(), text.c_str(), OviAPI::MsgBox::Ok);
+}
+
+} // namespace
+
+void MainForm::execute(Command command)
+{
+    switch (command) {
+    case Command::Open:
+        return askForDatabase();
+    case Command::Sample:
+        openSample();
+        return;
+    case Command::Close:
+        return closeDatabase();
+    case Command::Exit:
+        close();
+        return;
+    case Command::Refresh:
+        return refresh();
+    case Command::FitColumns:
+        return m_pane.fitColumns();
+    case Command::GoToRow:
+        return goToRow();
+    case Command::NextPane:
+        return nextPane(1);
+    case Command::PreviousPane:
+        return nextPane(-1);
+    case Command::English:
+        return setLanguage(TypicalOptions::DefaultLanguage);
+    case Command::Russian:
+        return setLanguage(TypicalOptions::Koi8Language);
+    case Command::SwitchLanguage:
+        return setLanguage(m_options.Language == TypicalOptions::Koi8Language
+                               ? TypicalOptions::DefaultLanguage
+                               : TypicalOptions::Koi8Language);
+    case Command::Larger:
+        return resizeText(AllText, 1);
+    case Command::Smaller:
+        return resizeText(AllText, -1);
+    case Command::NormalSize:
+        return normalText();
+    case Command::ControlsLarger:
+        return resizeText(ControlText, 1);
+    case Command::ControlsSmaller:
+        return resizeText(ControlText, -1);
+    case Command::TablesLarger:
+        return resizeText(TableText, 1);
+    case Command::TablesSmaller:
+        return resizeText(TableText, -1);
+    case Command::Keys:
+        return showBox(TextKeysTitle, textOf(TextKeysText));
+    case Command::About:
+        return showBox(TextAboutTitle,
+                       textOf(TextAboutText, OviAPI::localeToWide(OviAPI::version())));
+    case Command::None:
+        return;
+    }
+}
+
+// --- databases
+
+void MainForm::askForDatabase()
+{
+    OpenDialog dialog(*this, m_options.LastLoadDirectory);
+    if (dialog.create() && dialog.execModal() == 1)
+        openDatabase(OviAPI::wideToLocale(dialog.database()));
+}
+
+bool MainForm::openDatabase(const std::string& name)
+{
+    try {
+        takeSession(std::make_unique<DatabaseSession>(name));
+        return true;
+    } catch (const OpenFailure& failure) {
+        std::wstring reason = textOf(failure.reason());
+        if (!failure.details().empty())
+            reason += L"\n\n" + textOf(TextErrorDetails, failure.details());
+        showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + reason);
+        return false;
+    }
+}
+
+bool MainForm::openSample()
+{
+    std::error_code error;
+    if (!std::filesystem::exists(m_samplePath, error) && !buildSample())
+        return false;
+    return openDatabase(m_samplePath.string());
+}
+
+bool MainForm::buildSample()
+{
+    BuildDialog dialog(*this, m_machine, m_samplePath);
+    if (dialog.create() && dialog.execModal() == 1)
+        return true;
+    if (!dialog.failure().empty())
+        showError(TextErrorSample, dialog.failure());
+    return false;
+}
+
+void MainForm::openLast()
+{
+    if (m_options.LastDatabase.empty() ||
+        !openDatabase(OviAPI::wideToLocale(m_options.LastDatabase)))
+        openSample();
+}
+
+void MainForm::closeDatabase()
+{
+    m_counter.stop();
+    m_filling = true;
+    m_list.setTables({});
+    m_filling = false;
+    m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_session.reset();
+    updateTitle();
+    updateStatus();
+    updateMenu();
+}
+
+void MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
+{
+    closeDatabase();
+    m_session = std::move(session);
+    m_options.LastDatabase = OviAPI::localeToWide(m_session->name());
+    if (!m_session->path().empty()) {
+        const std::filesystem::path path(m_session->path());
+        m_options.setLastLoadDirectory(OviAPI::localeToWide(path.parent_path().string()).c_str());
+    }
+    updateTitle();
+    showTables({});
+    showCurrentTable();
+}
+
+void MainForm::showTables(const std::wstring& current)
+{
+    const auto& tables = m_session->tables();
+    m_filling = true;
+    m_list.setTables(tables);
+    const auto found = std::find_if(tables.begin(), tables.end(),
+                                    [&](const DatabaseTable& t) { return t.name == current; });
+    if (found != tables.end())
+        m_list.SetFocusCell(TableList::Name, found - tables.begin() + 1);
+    m_filling = false;
+    startCounting();
+}
+
+void MainForm::showCurrentTable()
+{
+    if (!m_session)
+        return;
+    const int table = m_list.currentTable();
+    if (m_session->tables().empty())
+        m_pane.clear(TextNoticeNoTables, TextNoticeNoTablesHint);
+    else if (table < 0)
+        m_pane.clear(TextNoticeChoose, TextNoticeChooseHint);
+    else
+        m_pane.showTable(m_session->connection(),
+                         m_session->tables()[static_cast<size_t>(table)].name);
+    updateStatus();
+    updateMenu();
+}
+
+void MainForm::startCounting()
+{
+    m_counter.start(
+        m_session->connection(), m_session->tables(),
+        [this](size_t table, const TableCount& count) { m_list.setCount(table, count); });
+}
+
+void MainForm::refresh()
+{
+    if (!m_session)
+        return;
+    const int table = m_list.currentTable();
+    const std::wstring current =
+        table < 0 ? std::wstring() : m_session->tables()[static_cast<size_t>(table)].name;
+    const std::vector<DatabaseTable> before = m_session->tables();
+    try {
+        m_session->readTables();
+    } catch (const DorCPP::DorX& x) {
+        showError(TextErrorOpen, messageOf(x));
+        return;
+    }
+    if (m_session->tables() != before)
+        showTables(current);
+    else
+        startCounting();
+    const int now = m_list.currentTable();
+    if (now >= 0 && m_session->tables()[static_cast<size_t>(now)].name == m_pane.table())
+        m_pane.refresh();
+    else
+        showCurrentTable();
+}
+
+void MainForm::showError(TextId format, const std::wstring& reason)
+{
+    showBox(TextErrorTitle, textOf(format, reason));
+}
+
+// --- moving about
+
+void MainForm::goToRow()
+{
+    const PlaceInTable place = m_pane.place();
+    if (place.rows < 1)
+        return;
+    GoToRowDialog dialog(*this, std::max(1L, place.row), place.rows);
+    if (!dialog.create() || dialog.execModal() != 1 || !m_pane.hasTable())
+        return;
+    m_pane.view().SetRow(dialog.row());
+    m_pane.view().setFocus();
+}
+
+void MainForm::nextPane(int step)
+{
+    std::vector<OviAPI::WVisualObject*> panes{&m_list, &m_splitter};
+    if (m_pane.hasTable())
+        panes.push_back(&m_pane.view());
+    const auto current =
+        std::find_if(panes.begin(), panes.end(), [](auto* pane) { return pane->hasFocus(); });
+    const auto count = static_cast<int>(panes.size());
+    const int now = current == panes.end() ? 0 : static_cast<int>(current - panes.begin());
+    panes[static_cast<size_t>((now + step + count) % count)]->setFocus();
+}
+
+// --- text sizes
+
+void MainForm::resizeText(int kind, int step)
+{
+    if ((kind & ControlText) != 0)
+        m_options.FontControls =
+            resized(m_options.FontControls, m_options.FontControls.size() + step);
+    if ((kind & TableText) != 0)
+        m_options.FontGrid = resized(m_options.FontGrid, m_options.FontGrid.size() + step);
+    applyFonts();
+}
+
+void MainForm::normalText()
+{
+    ExplorerOptions fresh;
+    fresh.initDefaults();
+    m_options.FontControls = resized(m_options.FontControls, fresh.FontControls.size());
+    m_options.FontGrid = resized(m_options.FontGrid, fresh.FontGrid.size());
+    applyFonts();
+}

@@ -1,0 +1,36 @@
+// The menu bar of the main window.
+#pragma once
+
+#include <vector>
+
+#include <oviapi/menu.h>
+
+#include "explorer/command.h"
+
+class MainMenu : public OviAPI::Object {
+public:
+    MainMenu();
+
+    // An item has been chosen.
+    virtual bool onCommand(Command command);
+
+    OviAPI::WMenu& menu() { return m_menu; }
+    // Gives every item its text in the present language.
+    void loadTexts();
+    void enable(Command command, bool enabled);
+    void check(Command command, bool checked);
+
+private:
+    struct Item {
+        Command command;
+        int textId;
+        OviAPI::WMenuItem* item;
+    };
+
+    OviAPI::WMenuItem* itemOf(Command command) const;
+
+    OviAPI::WMenu m_menu;
+    std::vector<Item> m_items;
+};
+
+OVIAPI_SIGNAL(MainMenu, onCommand);

@@ -1,0 +1,17 @@
+#include <gtest/gtest.h>
+
+#include "application.h"
+
+// Fonts that were looked up stay in the caches of the font library to the end of the program.
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libfontconfig";
+}
+
+// One application serves all tests.
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    TestApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}

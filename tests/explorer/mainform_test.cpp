@@ -1,0 +1,564 @@
+// The main window, used as a user does.
+#include <algorithm>
+#include <cwctype>
+#include <fstream>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include <oviapi/inputdriver.h>
+#include <oviapi/text.h>
+
+#include "application.h"
+#include "database.h"
+#include "explorer/builddialog.h"
+#include "explorer/mainform.h"
+#include "explorer/opendialog.h"
+#include "explorer/textlookup.h"
+#include "support.h"
+
+namespace fs = std::filesystem;
+using OviAPI::InputDriver;
+using OviAPI::VirtualKey;
+
+namespace {
+
+VirtualKey control(int key)
+{
+    return {key, OviAPI::ModifierControl};
+}
+
+int letter(char c)
+{
+    return OviAPI::KeyA + (c - 'A');
+}
+
+class MainWindow : public testing::Test {
+protected:
+    MainWindow()
+        : m_options(TestApplication::get().record)
+    {
+        m_options.initDefaults();
+        m_options.Language = TypicalOptions::DefaultLanguage;
+        TestApplication::get().setLanguage(TypicalOptions::DefaultLanguage);
+        m_form = std::make_unique<MainForm>(m_options, TestApplication::get().resources());
+        m_form->setSample(MachineData(fixtureFolder() / "machine"), sample());
+        m_form->create();
+        m_form->show(true);
+        settle();
+    }
+    ~MainWindow() override { m_form.reset(); }
+
+    fs::path sample() const { return m_folder.path() / "sample.db"; }
+    fs::path file(const char* name) const { return m_folder.path() / name; }
+    bool ready()
+    {
+        return waitFor([this] { return !m_form->isBusy(); });
+    }
+    void makeSmall()
+    {
+        TestDatabase made(file("small.db"));
+        made.execute("CREATE TABLE one (id INTEGER PRIMARY KEY, name VARCHAR(20))");
+        made.execute("INSERT INTO one VALUES (1, 'first'), (2, NULL), (3, 'third')");
+        made.execute("CREATE TABLE empty (a INTEGER)");
+        made.execute("CREATE VIEW both AS SELECT name FROM one");
+    }
+    void openSmall()
+    {
+        makeSmall();
+        ASSERT_TRUE(m_form->openDatabase(file("small.db")));
+        ASSERT_TRUE(ready());
+    }
+    void choose(const std::wstring& table)
+    {
+        const auto& tables = m_form->session()->tables();
+        for (size_t i = 0; i < tables.size(); ++i) {
+            if (tables[i].name == table)
+                m_form->list().SetFocusCell(1, static_cast<long>(i) + 1);
+        }
+        ASSERT_TRUE(ready());
+    }
+    std::wstring field(StatusLine::Field f) { return m_form->status().field(f); }
+
+    TemporaryFolder m_folder;
+    ExplorerOptions& m_options;
+    std::unique_ptr<MainForm> m_form;
+};
+
+TEST_F(MainWindow, SaysWhatToDoWhenNothingIsOpen)
+{
+    EXPECT_EQ(m_form->pane().notice().heading(), L"No database is open");
+    EXPECT_NE(m_form->pane().notice().hint().find(L"Ctrl+O"), std::wstring::npos);
+    EXPECT_EQ(field(StatusLine::Database), L"No database is open");
+    EXPECT_EQ(m_form->title(), L"Database Explorer");
+}
+
+TEST_F(MainWindow, ShowsTheTablesOfADatabaseWithTheirRows)
+{
+    openSmall();
+    TableList& list = m_form->list();
+    EXPECT_EQ(list.GetRowCount(), 3);
+    EXPECT_EQ(list.GetCellText(TableList::Name, 1), L"empty");
+    EXPECT_EQ(list.GetCellText(TableList::Kind, 1), L"table");
+    EXPECT_EQ(list.GetCellText(TableList::Rows, 1), L"0");
+    EXPECT_EQ(list.GetCellText(TableList::Rows, 2), L"3");
+    EXPECT_EQ(list.GetCellText(TableList::Kind, 3), L"view");
+    EXPECT_EQ(list.GetCellText(TableList::Rows, 3), L"3");
+}
+
+TEST_F(MainWindow, CarriesTheFileNameInItsTitle)
+{
+    openSmall();
+    EXPECT_EQ(m_form->title(), L"small.db - Database Explorer");
+    EXPECT_EQ(field(StatusLine::Database), file("small.db").wstring());
+}
+
+TEST_F(MainWindow, RemembersWhatWasOpenedAndWhere)
+{
+    openSmall();
+    EXPECT_EQ(m_options.LastDatabase, file("small.db").wstring());
+    EXPECT_EQ(m_options.LastLoadDirectory, m_folder.path().wstring());
+    EXPECT_EQ(m_options.LastAction, TypicalOptions::LoadAction);
+}
+
+TEST_F(MainWindow, ShowsTheRowsOfTheChosenTable)
+{
+    openSmall();
+    choose(L"one");
+    ASSERT_TRUE(m_form->pane().hasTable());
+    EXPECT_EQ(m_form->pane().view().GetRowCount(), 3);
+    EXPECT_EQ(m_form->pane().view().GetCellText(2, 3), L"third");
+    EXPECT_EQ(field(StatusLine::Rows), L"3 rows");
+    EXPECT_EQ(field(StatusLine::Place), L"Row 1, column id");
+}
+
+TEST_F(MainWindow, TellsTheStateOfAValue)
+{
+    openSmall();
+    choose(L"one");
+    m_form->pane().view().SetFocusCell(2, 2);
+    EXPECT_EQ(field(StatusLine::Place), L"Row 2, column name");
+    EXPECT_EQ(field(StatusLine::Value), L"NULL: no value");
+    choose(L"both");
+    EXPECT_EQ(field(StatusLine::Value).find(L"Read-only: "), 0U);
+}
+
+TEST_F(MainWindow, SaysThatADatabaseHasNoTables)
+{
+    std::ofstream(file("empty.db"));
+    ASSERT_TRUE(m_form->openDatabase(file("empty.db")));
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(m_form->pane().notice().heading(), L"This database has no tables");
+    EXPECT_EQ(m_form->list().GetRowCount(), 0);
+}
+
+TEST_F(MainWindow, KeepsWhatIsOpenWhenAnotherFileFails)
+{
+    openSmall();
+    choose(L"one");
+    std::ofstream(file("text")) << std::string(5000, 'x');
+    BoxReader boxes;
+    EXPECT_FALSE(m_form->openDatabase(file("text")));
+    EXPECT_FALSE(m_form->openDatabase(file("missing.db")));
+    EXPECT_FALSE(m_form->openDatabase(m_folder.path()));
+    ASSERT_EQ(boxes.texts().size(), 3U);
+    EXPECT_EQ(boxes.titles()[0], L"Error");
+    EXPECT_NE(boxes.texts()[0].find(file("text").wstring()), std::wstring::npos);
+    EXPECT_NE(boxes.texts()[0].find(L"is not a database"), std::wstring::npos);
+    EXPECT_NE(boxes.texts()[1].find(L"There is no such file."), std::wstring::npos);
+    EXPECT_NE(boxes.texts()[2].find(L"This is a folder"), std::wstring::npos);
+    EXPECT_EQ(m_form->title(), L"small.db - Database Explorer");
+    EXPECT_EQ(m_form->pane().view().GetCellText(2, 1), L"first");
+}
+
+TEST_F(MainWindow, SaysWhyInTheLanguageOfTheUser)
+{
+    m_form->setLanguage(TypicalOptions::Koi8Language);
+    BoxReader boxes;
+    m_form->openDatabase(file("missing.db"));
+    EXPECT_EQ(boxes.titles().at(0), textOf(TextErrorTitle));
+    EXPECT_NE(boxes.last().find(textOf(TextErrorMissing)), std::wstring::npos);
+    EXPECT_GT(textOf(TextErrorMissing).at(0), L'\u0400');
+}
+
+TEST_F(MainWindow, ShowsWhyAViewCannotBeRead)
+{
+    makeSmall();
+    TestDatabase(file("small.db")).execute("DROP TABLE one");
+    ASSERT_TRUE(m_form->openDatabase(file("small.db")));
+    choose(L"both");
+    EXPECT_FALSE(m_form->pane().hasTable());
+    EXPECT_EQ(m_form->pane().notice().heading(), L"This table cannot be shown");
+    EXPECT_NE(m_form->pane().notice().hint().find(L"one"), std::wstring::npos);
+    EXPECT_EQ(m_form->list().GetCellText(TableList::Rows, 2), L"?");
+}
+
+TEST_F(MainWindow, ShowsTheErrorOfARowThatHasGone)
+{
+    makeSmall();
+    TestDatabase other(file("small.db"));
+    other.execute("INSERT INTO one (id) WITH RECURSIVE n (i) AS "
+                  "(SELECT 4 UNION ALL SELECT i + 1 FROM n WHERE i < 5000) SELECT i FROM n");
+    ASSERT_TRUE(m_form->openDatabase(file("small.db")));
+    choose(L"one");
+    other.execute("DELETE FROM one WHERE id = 4000"); // not read yet
+    m_form->pane().view().SetFocusCell(1, 4000);
+    EXPECT_EQ(field(StatusLine::Value).find(L"Error: "), 0U)
+        << OviAPI::wideToUtf8(field(StatusLine::Value));
+    m_form->pane().view().SetFocusCell(1, 4001);
+    EXPECT_EQ(m_form->pane().view().GetCellText(1, 4001), L"4001");
+}
+
+TEST_F(MainWindow, OpensTablesWithQuotesInTheirNames)
+{
+    TestDatabase made(file("q.db"));
+    made.execute("CREATE TABLE \"a\"\"b; drop\" (\"x\"\"y\" INTEGER)");
+    made.execute("INSERT INTO \"a\"\"b; drop\" VALUES (42)");
+    ASSERT_TRUE(m_form->openDatabase(file("q.db")));
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(m_form->list().GetCellText(TableList::Rows, 1), L"1");
+    EXPECT_EQ(m_form->pane().view().GetCellText(1, 1), L"42");
+    EXPECT_EQ(m_form->pane().place().column, L"x\"y");
+}
+
+TEST_F(MainWindow, OpensATableOfTwoThousandColumns)
+{
+    std::string columns;
+    std::string values;
+    for (int i = 1; i <= 2000; ++i) {
+        columns += (i > 1 ? ", c" : "c") + std::to_string(i) + " INTEGER";
+        values += (i > 1 ? ", " : "") + std::to_string(i);
+    }
+    TestDatabase made(file("wide.db"));
+    made.execute("CREATE TABLE wide (" + columns + ")");
+    made.execute("INSERT INTO wide VALUES (" + values + ")");
+    ASSERT_TRUE(m_form->openDatabase(file("wide.db")));
+    ASSERT_TRUE(ready());
+    ASSERT_EQ(m_form->pane().view().GetColCount(), 2000);
+    EXPECT_EQ(m_form->pane().view().GetCellText(2000, 1), L"2000");
+    EXPECT_TRUE(m_form->pane().view().SetFocusCell(2000, 1));
+    EXPECT_EQ(field(StatusLine::Place), L"Row 1, column c2000");
+}
+
+TEST_F(MainWindow, MakesTheSampleOnFirstUse)
+{
+    ASSERT_TRUE(m_form->openSample());
+    ASSERT_TRUE(ready());
+    EXPECT_TRUE(fs::exists(sample()));
+    choose(L"measurement");
+    EXPECT_EQ(field(StatusLine::Rows), L"20\u00A0000 rows");
+    const auto written = fs::last_write_time(sample());
+    ASSERT_TRUE(m_form->openSample());
+    EXPECT_EQ(fs::last_write_time(sample()), written);
+}
+
+TEST_F(MainWindow, OpensWhatWasOpenLast)
+{
+    makeSmall();
+    m_options.LastDatabase = file("small.db").wstring();
+    m_form->openLast();
+    EXPECT_EQ(m_form->title(), L"small.db - Database Explorer");
+}
+
+TEST_F(MainWindow, OpensTheSampleWhenTheLastDatabaseHasGone)
+{
+    m_options.LastDatabase = L"/nowhere/gone.db";
+    BoxReader boxes;
+    m_form->openLast();
+    EXPECT_EQ(boxes.texts().size(), 1U);
+    EXPECT_EQ(m_form->title(), L"sample.db - Database Explorer");
+}
+
+TEST_F(MainWindow, ClosesTheDatabaseByKey)
+{
+    openSmall();
+    InputDriver::key(control(letter('W')));
+    ASSERT_TRUE(waitFor([this] { return !m_form->session(); }));
+    EXPECT_EQ(m_form->list().GetRowCount(), 0);
+    EXPECT_EQ(m_form->title(), L"Database Explorer");
+}
+
+bool dialogIsOpen()
+{
+    return OviAPI::WForm::topModal() != nullptr;
+}
+
+bool noDialogIsOpen()
+{
+    return !dialogIsOpen();
+}
+
+TEST_F(MainWindow, AsksForAPathByKey)
+{
+    makeSmall();
+    m_options.setLastLoadDirectory(m_folder.path().wstring().c_str());
+    Script script;
+    script.step(dialogIsOpen, [] {
+        InputDriver::type(L"small.db");
+        InputDriver::key(VirtualKey(OviAPI::KeyEnter));
+    });
+    InputDriver::key(control(letter('O')));
+    ASSERT_TRUE(waitFor([this] { return m_form->session() != nullptr; }));
+    EXPECT_EQ(m_form->title(), L"small.db - Database Explorer");
+}
+
+TEST_F(MainWindow, EscapeLeavesTheDialogWithoutOpening)
+{
+    makeSmall();
+    Script script;
+    script.step(dialogIsOpen, [this] {
+        InputDriver::type(file("small.db").wstring());
+        InputDriver::key(VirtualKey(OviAPI::KeyEscape));
+    });
+    script.step(noDialogIsOpen);
+    InputDriver::key(control(letter('O')));
+    ASSERT_TRUE(waitFor([&] { return script.isDone(); }));
+    EXPECT_EQ(m_form->session(), nullptr);
+}
+
+TEST_F(MainWindow, TheBuildingOfTheSampleCanBeStopped)
+{
+    Script script;
+    script.step(dialogIsOpen, [] { InputDriver::key(VirtualKey(OviAPI::KeyEscape)); });
+    EXPECT_FALSE(m_form->openSample());
+    EXPECT_TRUE(fs::is_empty(m_folder.path()));
+    EXPECT_EQ(m_form->session(), nullptr);
+}
+
+TEST_F(MainWindow, MovesBetweenThePanesByKey)
+{
+    openSmall();
+    choose(L"one");
+    m_form->list().setFocus();
+    const VirtualKey f6(OviAPI::KeyF1 + 5);
+    InputDriver::key(f6);
+    EXPECT_TRUE(waitFor([this] { return m_form->splitter().hasFocus(); }));
+    const int before = m_options.Splitter;
+    InputDriver::key(VirtualKey(OviAPI::KeyRight));
+    EXPECT_TRUE(waitFor([&] { return m_options.Splitter > before; }));
+    InputDriver::key(f6);
+    EXPECT_TRUE(waitFor([this] { return m_form->pane().view().hasFocus(); }));
+    InputDriver::key(f6);
+    EXPECT_TRUE(waitFor([this] { return m_form->list().hasFocus(); }));
+}
+
+TEST_F(MainWindow, MovesTheBorderWithTheMouse)
+{
+    const int before = m_form->list().width();
+    InputDriver::drag(m_form->splitter(), {3, 50}, {43, 60});
+    ASSERT_TRUE(waitFor([&] { return m_form->list().width() != before; }));
+    settle();
+    EXPECT_EQ(m_form->list().width(), before + 40);
+    EXPECT_EQ(m_options.Splitter, before + 40);
+    EXPECT_EQ(m_form->pane().x(), m_form->splitter().geometry().right);
+}
+
+TEST_F(MainWindow, GoesToARowByItsNumber)
+{
+    openSmall();
+    choose(L"one");
+    Script script;
+    script.step(dialogIsOpen, [] {
+        InputDriver::type(L"7"); // there is no such row: the dialog stays
+        InputDriver::key(VirtualKey(OviAPI::KeyEnter));
+        InputDriver::type(L"3");
+        InputDriver::key(VirtualKey(OviAPI::KeyEnter));
+    });
+    script.step(noDialogIsOpen);
+    InputDriver::key(control(letter('G')));
+    ASSERT_TRUE(waitFor([&] { return script.isDone(); }));
+    EXPECT_EQ(m_form->pane().view().GetRow(), 3);
+}
+
+TEST_F(MainWindow, RefreshShowsWhatOthersChanged)
+{
+    openSmall();
+    choose(L"one");
+    m_form->pane().view().SetFocusCell(2, 2);
+    TestDatabase other(file("small.db"));
+    other.execute("INSERT INTO one VALUES (4, 'fourth')");
+    other.execute("CREATE TABLE added (a INTEGER)");
+    m_form->execute(Command::Refresh);
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(m_form->list().GetRowCount(), 4);
+    EXPECT_EQ(m_form->pane().table(), L"one");
+    EXPECT_EQ(m_form->pane().view().GetRowCount(), 4);
+    EXPECT_EQ(m_form->pane().view().GetRow(), 2);
+    EXPECT_EQ(m_form->pane().view().GetCol(), 2);
+}
+
+TEST_F(MainWindow, TextGrowsAndShrinksByKind)
+{
+    const int controls = m_options.FontControls.size();
+    const int tables = m_options.FontGrid.size();
+    m_form->execute(Command::TablesLarger);
+    EXPECT_EQ(m_form->list().font().size(), tables + 1);
+    EXPECT_EQ(m_form->status().font().size(), controls);
+    m_form->execute(Command::ControlsLarger);
+    EXPECT_EQ(m_form->status().font().size(), controls + 1);
+    m_form->execute(Command::NormalSize);
+    EXPECT_EQ(m_form->list().font().size(), tables);
+    for (int i = 0; i < 50; ++i)
+        m_form->execute(Command::Smaller);
+    EXPECT_GE(m_form->status().font().size(), 6);
+}
+
+void collect(const std::vector<std::unique_ptr<OviAPI::WMenuItem>>& items,
+             std::vector<std::wstring>& texts)
+{
+    for (const auto& item : items) {
+        if (!item->isSeparator())
+            texts.push_back(item->text());
+        collect(item->items(), texts);
+    }
+}
+
+bool isLatin(wchar_t c)
+{
+    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z');
+}
+
+TEST_F(MainWindow, NoEnglishIsLeftInRussian)
+{
+    openSmall();
+    m_form->setLanguage(TypicalOptions::Koi8Language);
+    std::vector<std::wstring> texts;
+    collect(m_form->mainMenu().menu().items(), texts);
+    for (int column = 1; column <= 3; ++column)
+        texts.push_back(m_form->list().GetDataSet()->GetColInfo(column)->caption);
+    texts.push_back(m_form->list().GetCellText(TableList::Kind, 1));
+    texts.push_back(m_form->list().GetCellText(TableList::Kind, 3));
+    texts.push_back(field(StatusLine::Rows));
+    texts.push_back(m_form->list().accessibleName());
+    EXPECT_GT(texts.size(), 30U);
+    for (const std::wstring& text : texts) {
+        if (text.find(L"English") != std::wstring::npos)
+            continue; // each language is called by its own name
+        EXPECT_FALSE(text.empty());
+        EXPECT_TRUE(std::none_of(text.begin(), text.end(), isLatin)) << OviAPI::wideToUtf8(text);
+    }
+    EXPECT_NE(m_form->title().find(textOf(TextAppTitle)), std::wstring::npos);
+}
+
+TEST_F(MainWindow, EveryTextExistsInBothLanguages)
+{
+    for (int id = 50001; id < 51000; ++id) {
+        TestApplication::get().setLanguage(TypicalOptions::DefaultLanguage);
+        const std::wstring english = textOf(static_cast<TextId>(id));
+        TestApplication::get().setLanguage(TypicalOptions::Koi8Language);
+        const std::wstring russian = textOf(static_cast<TextId>(id));
+        EXPECT_EQ(english.empty(), russian.empty()) << id;
+    }
+}
+
+TEST_F(MainWindow, SwitchesTheLanguageBackByKey)
+{
+    InputDriver::key(control(letter('L')));
+    ASSERT_TRUE(waitFor([this] { return m_options.Language == TypicalOptions::Koi8Language; }));
+    EXPECT_NE(m_form->pane().notice().heading(), L"No database is open");
+    InputDriver::key(control(letter('L')));
+    ASSERT_TRUE(waitFor([this] { return m_options.Language != TypicalOptions::Koi8Language; }));
+    EXPECT_EQ(m_form->pane().notice().heading(), L"No database is open");
+}
+
+TEST_F(MainWindow, MnemonicsOfAMenuAreUniqueInBothLanguages)
+{
+    for (const auto language : {TypicalOptions::DefaultLanguage, TypicalOptions::Koi8Language}) {
+        m_form->setLanguage(language);
+        std::vector<const std::vector<std::unique_ptr<OviAPI::WMenuItem>>*> menus{
+            &m_form->mainMenu().menu().items()};
+        for (size_t i = 0; i < menus.size(); ++i) {
+            std::set<wchar_t> marks;
+            for (const auto& item : *menus[i]) {
+                if (!item->items().empty())
+                    menus.push_back(&item->items());
+                const size_t mark = item->text().find(L'&');
+                if (item->isSeparator())
+                    continue;
+                ASSERT_NE(mark, std::wstring::npos) << OviAPI::wideToUtf8(item->text());
+                const auto letterOf = static_cast<wchar_t>(
+                    std::towlower(static_cast<wint_t>(item->text()[mark + 1])));
+                EXPECT_TRUE(marks.insert(letterOf).second) << OviAPI::wideToUtf8(item->text());
+            }
+        }
+    }
+}
+
+TEST_F(MainWindow, KeepsItsPlaceAndSizeInTheOptions)
+{
+    m_form->move(30, 40, 700, 500);
+    settle();
+    m_form->close();
+    EXPECT_EQ(m_options.MainFormRect, (OviAPI::Rect{30, 40, 730, 540}));
+    EXPECT_FALSE(m_options.MainFormMaximized);
+}
+
+TEST_F(MainWindow, FitsInTheSmallestScreen)
+{
+    m_form->move(0, 0, 640, 480);
+    settle();
+    const int bottom = m_form->status().geometry().bottom;
+    EXPECT_EQ(bottom, m_form->clientHeight());
+    EXPECT_GE(m_form->pane().width(), 120);
+    EXPECT_EQ(m_form->pane().geometry().right, m_form->clientWidth());
+}
+
+TEST_F(MainWindow, TextMayGrowUntilScrollBarsComeAndGo)
+{
+    openSmall();
+    m_form->move(0, 0, 640, 480);
+    m_form->setLanguage(TypicalOptions::Koi8Language);
+    for (int i = 0; i < 12; ++i) {
+        m_form->execute(Command::Larger);
+        settle();
+        EXPECT_EQ(m_form->status().geometry().bottom, m_form->clientHeight());
+    }
+}
+
+TEST(TableCounterOf, GivesUpACountThatTakesTooLong)
+{
+    const TemporaryFolder folder;
+    const fs::path path = folder.path() / "slow.db";
+    {
+        TestDatabase made(path);
+        made.execute("CREATE TABLE n (a INTEGER)");
+        made.execute("INSERT INTO n VALUES (1)");
+        made.execute("CREATE VIEW endless AS WITH RECURSIVE r (i) AS "
+                     "(SELECT 1 UNION ALL SELECT i + 1 FROM r) SELECT i FROM r");
+    }
+    DatabaseSession session(path);
+    TableCounter counter(std::chrono::milliseconds(100));
+    std::vector<TableCount> counts;
+    counter.start(session.connection(), {{L"endless", true}, {L"n", false}, {L"none", false}},
+                  [&](size_t table, const TableCount& count) {
+                      EXPECT_EQ(table, counts.size());
+                      counts.push_back(count);
+                  });
+    ASSERT_TRUE(waitFor([&] { return !counter.isRunning(); }));
+    ASSERT_EQ(counts.size(), 3U);
+    EXPECT_EQ(counts[0].state, TableCount::GivenUp);
+    EXPECT_EQ(counts[1].state, TableCount::Known);
+    EXPECT_EQ(counts[1].rows, 1);
+    EXPECT_EQ(counts[2].state, TableCount::Failed);
+    EXPECT_FALSE(counts[2].reason.empty());
+}
+
+TEST(TableCounterOf, CanBeLeftWhileItCounts)
+{
+    const TemporaryFolder folder;
+    const fs::path path = folder.path() / "slow.db";
+    TestDatabase(path).execute("CREATE VIEW endless AS WITH RECURSIVE r (i) AS "
+                               "(SELECT 1 UNION ALL SELECT i + 1 FROM r) SELECT i FROM r");
+    DatabaseSession session(path);
+    int reports = 0;
+    {
+        TableCounter counter;
+        counter.start(session.connection(), session.tables(),
+                      [&](size_t, const TableCount&) { ++reports; });
+        settle();
+    }
+    settle();
+    EXPECT_EQ(reports, 0);
+}
+
+} // namespace

@@ -1,0 +1,21 @@
+// Helpers of the explorer's tests.
+#pragma once
+
+#include <filesystem>
+
+// The files that the tests bring along.
+std::filesystem::path fixtureFolder();
+
+// A folder of its own for one test, removed with everything in it.
+class TemporaryFolder {
+public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& path() const { return m_path; }
+
+private:
+    std::filesystem::path m_path;
+};
