@@ -16,7 +16,7 @@ if(OVI_CCACHE)
 endif()
 
 if(OVI_SANITIZE)
-    add_compile_options(-fsanitize=${OVI_SANITIZE} -fno-omit-frame-pointer -O1)
+    add_compile_options(-fsanitize=${OVI_SANITIZE} -fno-omit-frame-pointer -O1 -g1)
     add_link_options(-fsanitize=${OVI_SANITIZE})
     if(OVI_SANITIZE MATCHES "undefined")
         add_compile_options(-fno-sanitize-recover=undefined)

@@ -1,0 +1,3 @@
+#pragma once
+
+inline std::string name();
