@@ -11,6 +11,7 @@ namespace {
 
 constexpr long longestText = 260; // characters with the terminator
 constexpr wchar_t unknown[] = L"?";
+constexpr int narrowestName = 80; // px
 
 } // namespace
 
@@ -140,9 +141,7 @@ void TableList::fitColumns()
     m_fitting = true;
     FitColumn(Kind);
     FitColumn(Rows);
-    FitColumn(Name);
     const int others = m_data.GetColInfo(Kind)->width + m_data.GetColInfo(Rows)->width;
-    const int wanted = m_data.GetColInfo(Name)->width;
-    SetColWidth(Name, std::max(wanted, clientWidth() - others));
+    SetColWidth(Name, std::max(narrowestName, clientWidth() - others));
     m_fitting = false;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include <oviapi/painter.h>
 
@@ -148,7 +149,19 @@ long aCRecordView::GetLastVisibleRow() const
     return std::max(0L, std::min(m_rows, m_firstRow + GetRowOnPage() - 1));
 }
 
+// A bar that comes or goes changes the room for the other one and is told as a new size; two bars
+// have settled after three rounds, and columns that follow the room may never do.
 void aCRecordView::updateBars()
+{
+    m_barsStale = true;
+    if (std::exchange(m_placingBars, true))
+        return;
+    for (int round = 0; round < 3 && std::exchange(m_barsStale, false); ++round)
+        placeBars();
+    m_placingBars = false;
+}
+
+void aCRecordView::placeBars()
 {
     const int width = std::max(0, clientWidth() - m_broker->rowHeaderWidth);
     const long page = GetRowOnPage();

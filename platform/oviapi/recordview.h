@@ -217,6 +217,7 @@ private:
     // Takes over what has changed in columns and row count; true when something has.
     bool syncLayout();
     void updateBars();
+    void placeBars();
     void keepSelection(bool toStart);
     bool fetchRow(long row);
     long lastFirstRow() const;
@@ -263,6 +264,8 @@ private:
     bool m_wideMargin = false;
     bool m_wideRowHeader = false;
     bool m_suppressHeader = false;
+    bool m_placingBars = false;
+    bool m_barsStale = false;
 };
 
 } // namespace OviAPI
