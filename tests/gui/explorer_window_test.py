@@ -59,7 +59,7 @@ class ExplorerInARealWindow(unittest.TestCase):
         self.desktop.keys("Escape")
         self.wait_for_focus("market.db")
         self.end()
-        self.assertTrue((self.folder / "config" / "options.dat").is_file())
+        self.assertTrue((self.folder / "config" / "oviexplorer" / "options.dat").is_file())
 
     def test_a_missing_file_gives_a_box_and_the_window_stays_usable(self):
         self.desktop.keys("ctrl+o")
@@ -82,7 +82,7 @@ class ExplorerInARealWindow(unittest.TestCase):
         self.look("resized")
         self.desktop.keys("alt+F4")
         self.assertEqual(self.explorer.wait(20), 0)
-        options = (self.folder / "config" / "options.dat").read_text(encoding="utf-8")
+        options = (self.folder / "config" / "oviexplorer" / "options.dat").read_text(encoding="utf-8")
         self.assertIn("<MainFormRect", options)
 
 
