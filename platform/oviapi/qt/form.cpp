@@ -86,6 +86,11 @@ bool WForm::FormNative::filterWidget(QEvent* event)
     case QEvent::Resize:
         layOut();
         return !alive || Native::filterWidget(event);
+    case QEvent::FontChange:
+    case QEvent::LayoutRequest: // the menu bar has another height
+        layOut();
+        checkClientSize();
+        return !alive || Native::filterWidget(event);
     case QEvent::WindowStateChange:
         stateChanged(static_cast<QWindowStateChangeEvent*>(event)->oldState());
         return false;
