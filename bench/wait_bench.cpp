@@ -103,9 +103,10 @@ int main(int argc, char** argv)
                 OviAPI::Application::procTaskEvents();
         });
 
-    std::printf("processor time of a wait of 3 s: procTaskEvents %.1f ms, polling every 1 ms %.1f ms,"
-                " ratio %.3f\n",
-                framework, polling, framework / polling);
+    std::printf(
+        "processor time of a wait of 3 s: procTaskEvents %.1f ms, polling every 1 ms %.1f ms,"
+        " ratio %.3f\n",
+        framework, polling, framework / polling);
     std::printf("completion to waiting code: procTaskEvents median %.0f us, p99 %.0f us;"
                 " condition variable median %.0f us, p99 %.0f us; ratio of medians %.2f\n",
                 ours.median, ours.p99, floor.median, floor.p99, ours.median / floor.median);

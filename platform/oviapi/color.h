@@ -32,8 +32,14 @@ enum class ColorNumber : int {
 class OVIAPI_API Color {
 public:
     constexpr Color() = default;
-    explicit constexpr Color(int number) : m_number(number) {}
-    explicit constexpr Color(ColorNumber number) : m_number(static_cast<int>(number)) {}
+    explicit constexpr Color(int number)
+        : m_number(number)
+    {
+    }
+    explicit constexpr Color(ColorNumber number)
+        : m_number(static_cast<int>(number))
+    {
+    }
     // Components from 0 to 255; only their low 8 bits count.
     constexpr Color(int red, int green, int blue)
         : m_rgb((static_cast<uint32_t>(red) & 255U) << 16 |

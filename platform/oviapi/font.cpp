@@ -3,8 +3,12 @@
 namespace OviAPI {
 
 Font::Font(std::wstring name, int size, bool bold, bool italic, bool underline, bool strikeout)
-    : m_name(std::move(name)), m_size(size), m_bold(bold), m_italic(italic),
-      m_underline(underline), m_strikeout(strikeout)
+    : m_name(std::move(name))
+    , m_size(size)
+    , m_bold(bold)
+    , m_italic(italic)
+    , m_underline(underline)
+    , m_strikeout(strikeout)
 {
 }
 

@@ -3,8 +3,10 @@
 #include <oviapi/text.h>
 
 LException::LException(const char* source, int line, const wchar_t* message)
-    : m_source(source ? source : ""), m_line(line), m_message(message ? message : L""),
-      m_what(OviAPI::wideToUtf8(fullMessage()))
+    : m_source(source ? source : "")
+    , m_line(line)
+    , m_message(message ? message : L"")
+    , m_what(OviAPI::wideToUtf8(fullMessage()))
 {
 }
 

@@ -30,8 +30,14 @@ class Object;
 
 // What a slot answers: 0 not handled, go on; 1 handled; 2 seen but not handled, go on.
 struct SlotResult {
-    constexpr SlotResult(int v = 0) : value(v) {} // NOLINT(google-explicit-constructor): slots
-    constexpr SlotResult(bool v) : value(v) {}    // NOLINT(google-explicit-constructor): return plain values
+    constexpr SlotResult(int v = 0)
+        : value(v)
+    {
+    } // NOLINT(google-explicit-constructor): slots
+    constexpr SlotResult(bool v)
+        : value(v)
+    {
+    } // NOLINT(google-explicit-constructor): return plain values
     constexpr bool handled() const { return value == 1; }
     constexpr bool operator==(const SlotResult&) const = default;
 
@@ -41,7 +47,10 @@ struct SlotResult {
 namespace Detail {
 
 struct Slot {
-    explicit Slot(Object* r) : receiver(r) {}
+    explicit Slot(Object* r)
+        : receiver(r)
+    {
+    }
     virtual ~Slot() = default;
     Slot(const Slot&) = delete;
     Slot& operator=(const Slot&) = delete;
@@ -61,7 +70,11 @@ struct SignalState {
 
 class OVIAPI_API Emission {
 public:
-    explicit Emission(SignalState* state) : m_state(state) { ++m_state->emitting; }
+    explicit Emission(SignalState* state)
+        : m_state(state)
+    {
+        ++m_state->emitting;
+    }
     ~Emission();
     Emission(const Emission&) = delete;
     Emission& operator=(const Emission&) = delete;
@@ -93,7 +106,11 @@ struct SignalTraits<R (C::*)(A...)> {
 
     template<class F>
     struct Bound final : CallType {
-        Bound(Object* r, F f) : CallType(r), function(std::move(f)) {}
+        Bound(Object* r, F f)
+            : CallType(r)
+            , function(std::move(f))
+        {
+        }
         SlotResult call(Object* sender, A... args) override
         {
             return std::invoke(function, sender, args...);
@@ -106,7 +123,8 @@ struct SignalTraits<R (C::*)(A...)> {
 
 // Whether a member function is a signal, and of which class. Specialised by OVIAPI_SIGNAL.
 template<auto Member>
-struct Introduces : std::false_type {};
+struct Introduces : std::false_type {
+};
 
 // Stands after the class, at global scope: OVIAPI_SIGNAL(OviAPI::WButton, onPush);
 #define OVIAPI_SIGNAL(Class, name)                                                                 \
@@ -154,8 +172,8 @@ void connect(S& sender, R& receiver, Result (B::*slot)(Object*, A...))
 
 // Connects a signal to a function object; the connection ends with the receiver as well.
 template<auto Signal, class S, class F>
-    requires(!std::is_member_function_pointer_v<F>)
-void connect(S& sender, Object& receiver, F function)
+requires(!std::is_member_function_pointer_v<F>) void connect(S& sender, Object& receiver,
+                                                             F function)
 {
     static_assert(Introduces<Signal>::value, "name the class that introduces the signal");
     using Traits = Detail::SignalTraits<decltype(Signal)>;
@@ -203,8 +221,9 @@ SlotResult emit(S& sender, bool* senderDied, Args&&... args)
 }
 
 template<auto Signal, class S, class... Args>
-    requires(sizeof...(Args) == 0 || !std::same_as<std::tuple_element_t<0, std::tuple<Args..., int>>, bool*>)
-SlotResult emit(S& sender, Args&&... args)
+requires(sizeof...(Args) == 0 ||
+         !std::same_as<std::tuple_element_t<0, std::tuple<Args..., int>>, bool*>) SlotResult
+    emit(S& sender, Args&&... args)
 {
     return emit<Signal>(sender, static_cast<bool*>(nullptr), std::forward<Args>(args)...);
 }

@@ -7,12 +7,22 @@ namespace OviAPI {
 
 class Pen {
 public:
-    enum Style : int { Solid = 0, Dash = 1, Dot = 2, DashDot = 3, DashDotDot = 4, None = 5, Fine = 6 };
+    enum Style : int {
+        Solid = 0,
+        Dash = 1,
+        Dot = 2,
+        DashDot = 3,
+        DashDotDot = 4,
+        None = 5,
+        Fine = 6
+    };
 
     Pen() = default;
     // width: pixels, 0 and 1 are a hairline. A style outside the list draws solid.
     explicit Pen(Color color, int width = 1, Style style = Solid)
-        : m_color(color), m_width(width), m_style(style)
+        : m_color(color)
+        , m_width(width)
+        , m_style(style)
     {
     }
 
@@ -43,7 +53,9 @@ public:
     // A brush that fills nothing.
     Brush() = default;
     explicit Brush(Color color, HatchStyle hatch = NoHatch)
-        : m_color(color), m_hatch(hatch), m_null(false)
+        : m_color(color)
+        , m_hatch(hatch)
+        , m_null(false)
     {
     }
 

@@ -12,19 +12,23 @@ template<class T>
 class VectorOf {
 public:
     explicit VectorOf(uint32_t capacity = 50, uint32_t growth = 50)
-        : m_items(capacity ? std::make_unique<T[]>(capacity) : nullptr), m_capacity(capacity),
-          m_growth(growth ? growth : 1)
+        : m_items(capacity ? std::make_unique<T[]>(capacity) : nullptr)
+        , m_capacity(capacity)
+        , m_growth(growth ? growth : 1)
     {
     }
-    VectorOf(const VectorOf& other) : VectorOf(other.m_capacity, other.m_growth)
+    VectorOf(const VectorOf& other)
+        : VectorOf(other.m_capacity, other.m_growth)
     {
         for (uint32_t i = 0; i < other.m_count; ++i)
             m_items[i] = other.m_items[i];
         m_count = other.m_count;
     }
     VectorOf(VectorOf&& other) noexcept
-        : m_items(std::move(other.m_items)), m_count(std::exchange(other.m_count, 0)),
-          m_capacity(std::exchange(other.m_capacity, 0)), m_growth(other.m_growth)
+        : m_items(std::move(other.m_items))
+        , m_count(std::exchange(other.m_count, 0))
+        , m_capacity(std::exchange(other.m_capacity, 0))
+        , m_growth(other.m_growth)
     {
     }
     VectorOf& operator=(VectorOf other) noexcept
@@ -49,7 +53,8 @@ public:
     const T* end() const { return m_items.get() + m_count; }
 
     void append(T value) { insert(m_count, std::move(value)); }
-    // Puts the value before the element at index i; behind the last one when i is the count or more.
+    // Puts the value before the element at index i; behind the last one when i is the count or
+    // more.
     void insert(uint32_t i, T value)
     {
         if (m_count == m_capacity)

@@ -16,7 +16,7 @@ namespace OviAPI {
 
 namespace {
 
-constexpr int hatchSpacing = 8;     // pixels
+constexpr int hatchSpacing = 8;   // pixels
 constexpr double farAway = 16000; // device pixels; beyond it Qt's own arithmetic is at its limit
 
 // While it lives, coordinates are device pixels.
@@ -181,7 +181,8 @@ int Painter::Native::thickness() const
 
 QPen Painter::Native::linePen() const
 {
-    // Round ends make better joints where they are large enough to be seen; they take 4 times longer.
+    // Round ends make better joints where they are large enough to be seen; they take 4 times
+    // longer.
     constexpr int roundFrom = 4;
     const Qt::PenCapStyle ends = thickness() >= roundFrom ? Qt::RoundCap : Qt::SquareCap;
     QPen pen(toQColor(state.pen.color()), thickness(), Qt::SolidLine, ends, Qt::MiterJoin);

@@ -31,7 +31,8 @@ struct ExtWindow : virtual Window, virtual Indicator {
 } // namespace
 
 template<>
-struct OviAPI::Introduces<&Keyboard::onKeyDown> : std::true_type {};
+struct OviAPI::Introduces<&Keyboard::onKeyDown> : std::true_type {
+};
 
 namespace {
 

@@ -18,7 +18,9 @@ TEST(Text, Utf8KeepsCharactersOfEveryPlane)
 
 TEST(Text, InvalidUtf8BecomesReplacementCharacters)
 {
-    EXPECT_EQ(utf8ToWide("a\xFF" "b"), L"a\uFFFDb");
+    EXPECT_EQ(utf8ToWide("a\xFF"
+                         "b"),
+              L"a\uFFFDb");
     EXPECT_EQ(utf8ToWide("\xE2\x82"), L"\uFFFD");
     EXPECT_EQ(utf8ToWide("\xED\xA0\x80").size(), 3U) << "an encoded surrogate is no character";
     EXPECT_EQ(utf8ToWide("\xC0\x80"), L"\uFFFD\uFFFD") << "overlong";
@@ -28,7 +30,8 @@ TEST(Text, InvalidUtf8BecomesReplacementCharacters)
 TEST(Text, LoneSurrogatesNeverGiveALengthOfMinusOne)
 {
     const std::wstring lone{L'a', static_cast<wchar_t>(0xD800), L'b'};
-    EXPECT_EQ(wideToUtf8(lone), "a\xEF\xBF\xBD" "b");
+    EXPECT_EQ(wideToUtf8(lone), "a\xEF\xBF\xBD"
+                                "b");
     EXPECT_EQ(wideToUtf16(lone), u"a\uFFFDb");
     EXPECT_EQ(utf16ToWide(std::u16string{u'a', char16_t{0xDC00}, u'b'}), L"a\uFFFDb");
     EXPECT_EQ(wideToLocale(lone), "a?b");
