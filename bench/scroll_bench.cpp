@@ -1,6 +1,7 @@
 // What one page and one row of scrolling cost: the record view over 1,000,000,000,000 virtual rows
 // and over a dataset in memory, beside the toolkit's own table view over a database table. Same
-// window, font, row height and columns. Usage: scroll_bench [rows of the tables]
+// window, font, row height and columns; and the floor: the same pixels moved, and what comes into
+// view filled with one colour. Usage: scroll_bench [rows of the tables]
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -9,6 +10,7 @@
 #include <oviapi/application.h>
 #include <oviapi/form.h>
 #include <oviapi/memorydataset.h>
+#include <oviapi/painter.h>
 #include <oviapi/recordview.h>
 
 #include "scroll_peer.h"
@@ -123,6 +125,36 @@ ScrollTimes measureView(aCDataSet& data, ScrollTable& table, long start)
     return times;
 }
 
+class PlainArea : public aCApsWnd {
+public:
+    PlainArea() { setOpaque(); }
+    bool onDraw(Painter* painter, const Rect& rect) override
+    {
+        painter->fillRect(rect, Color(255, 255, 255));
+        return true;
+    }
+};
+
+ScrollTimes measureFloor(const ScrollTable& table)
+{
+    WForm form;
+    form.create();
+    form.move(0, 0, table.width, table.height);
+    PlainArea area;
+    area.setParent(&form);
+    area.create();
+    area.move(0, 0, table.width, table.height);
+    form.show(true);
+    Application::procTaskEvents();
+    const auto scroll = [&](int pixels) {
+        return medianCpuMs(table.steps, [&] {
+            area.ScrollPixels({0, table.rowHeight, table.width, table.height}, 0, -pixels);
+            Application::procTaskEvents();
+        });
+    };
+    return {scroll(table.height), scroll(table.rowHeight)};
+}
+
 void print(const char* what, const ScrollTimes& times, const ScrollTimes& peer)
 {
     std::printf("%-44s page %7.3f ms  x %5.2f    row %7.3f ms  x %5.2f\n", what, times.page,
@@ -151,6 +183,7 @@ int main(int argc, char** argv)
     const ScrollTimes held = measureView(memory, table, 1);
     const ScrollTimes peer = measurePeer(table);
     print("table view over a table model", peer, peer);
+    print("pixels moved and filled", measureFloor(table), peer);
     print("record view, 1,000,000,000,000 virtual rows", far, peer);
     print("record view, rows in memory", held, peer);
     return 0;

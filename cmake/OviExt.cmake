@@ -9,6 +9,6 @@ if(objects)
     add_library(oviext SHARED ${objects})
     set_target_properties(oviext PROPERTIES
         VERSION ${PROJECT_VERSION} SOVERSION 0 LINKER_LANGUAGE CXX)
-    target_include_directories(oviext PUBLIC ${CMAKE_SOURCE_DIR})
+    target_include_directories(oviext PUBLIC $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}>)
     target_link_libraries(oviext PUBLIC oviapi)
 endif()

@@ -8,8 +8,8 @@
 #include <clocale>
 #include <cstdint>
 #include <cstring>
-#include <iconv.h>
 
+#include <oviapi/bytecodes.h>
 #include <oviapi/text.h>
 
 namespace DorCPP {
@@ -29,23 +29,14 @@ struct ByteSet {
 
     explicit ByteSet(const char* name)
     {
-        const iconv_t converter = iconv_open("WCHAR_T", name);
+        const auto codes = OviAPI::byteCodesOf(name);
         for (size_t i = 0; i < wide.size(); ++i) {
-            char in = static_cast<char>(i);
-            wchar_t out = 0;
-            char* from = &in;
-            char* to = reinterpret_cast<char*>(&out);
-            size_t inLeft = 1;
-            size_t outLeft = sizeof out;
-            const bool known = converter != iconv_t(-1) &&
-                               iconv(converter, &from, &inLeft, &to, &outLeft) != size_t(-1);
-            wide[i] = known ? out : i < 0x80 ? static_cast<wchar_t>(i) : replacement;
+            const int code = codes ? (*codes)[i] : -1;
+            wide[i] = code >= 0  ? static_cast<wchar_t>(code)
+                      : i < 0x80 ? static_cast<wchar_t>(i)
+                                 : replacement;
             bytes[i] = {wide[i], static_cast<unsigned char>(i)};
-            if (!known && converter != iconv_t(-1))
-                iconv(converter, nullptr, nullptr, nullptr, nullptr);
         }
-        if (converter != iconv_t(-1))
-            iconv_close(converter);
         std::stable_sort(bytes.begin(), bytes.end(),
                          [](Entry a, Entry b) { return a.character < b.character; });
     }
@@ -73,23 +64,19 @@ bool isByteSet(Charset charset)
     return charset == Charset::Ansi || charset == Charset::Oem || charset == Charset::Koi8;
 }
 
-// The table of one conversion between two one-byte sets.
-class ByteTable {
-public:
-    ByteTable(Charset from, Charset to)
-    {
-        for (size_t i = 0; i < m_bytes.size(); ++i)
-            m_bytes[i] = byteSet(to).byteOf(byteSet(from).wide[i]);
-    }
-    void apply(const char* from, char* to, size_t length) const
-    {
-        for (size_t i = 0; i < length; ++i)
-            to[i] = m_bytes[static_cast<unsigned char>(from[i])];
-    }
-
-private:
-    std::array<char, 256> m_bytes;
-};
+// Converts bytes between two one-byte sets, by a table made on first use.
+template<Charset From, Charset To>
+void translate(const char* from, char* to, size_t length)
+{
+    static const std::array<char, 256> table = [] {
+        std::array<char, 256> bytes{};
+        for (size_t i = 0; i < bytes.size(); ++i)
+            bytes[i] = byteSet(To).byteOf(byteSet(From).wide[i]);
+        return bytes;
+    }();
+    for (size_t i = 0; i < length; ++i)
+        to[i] = table[static_cast<unsigned char>(from[i])];
+}
 
 // Bytes of the text that fit into a capacity without cutting a character.
 size_t fitting(std::string_view text, size_t capacity, Charset charset)
@@ -215,38 +202,32 @@ size_t mbs2mbs(char* to, size_t capacity, Charset toCharset, const char* from, s
 
 void Ansi2Oem(const char* from, char* to, size_t length)
 {
-    static const ByteTable table(Charset::Ansi, Charset::Oem);
-    table.apply(from, to, length);
+    translate<Charset::Ansi, Charset::Oem>(from, to, length);
 }
 
 void Oem2Ansi(const char* from, char* to, size_t length)
 {
-    static const ByteTable table(Charset::Oem, Charset::Ansi);
-    table.apply(from, to, length);
+    translate<Charset::Oem, Charset::Ansi>(from, to, length);
 }
 
 void Oem2Koi(const char* from, char* to, size_t length)
 {
-    static const ByteTable table(Charset::Oem, Charset::Koi8);
-    table.apply(from, to, length);
+    translate<Charset::Oem, Charset::Koi8>(from, to, length);
 }
 
 void Koi2Oem(const char* from, char* to, size_t length)
 {
-    static const ByteTable table(Charset::Koi8, Charset::Oem);
-    table.apply(from, to, length);
+    translate<Charset::Koi8, Charset::Oem>(from, to, length);
 }
 
 void Ansi2Koi(const char* from, char* to, size_t length)
 {
-    static const ByteTable table(Charset::Ansi, Charset::Koi8);
-    table.apply(from, to, length);
+    translate<Charset::Ansi, Charset::Koi8>(from, to, length);
 }
 
 void Koi2Ansi(const char* from, char* to, size_t length)
 {
-    static const ByteTable table(Charset::Koi8, Charset::Ansi);
-    table.apply(from, to, length);
+    translate<Charset::Koi8, Charset::Ansi>(from, to, length);
 }
 
 char* LTrim(char* text)

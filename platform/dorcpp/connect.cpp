@@ -42,14 +42,14 @@ void readSqliteName(std::string_view name, Target& target)
 void readDatabase(std::string_view database, Target& target)
 {
     if (database.empty())
-        throw makeError(CodeCannotOpen, "no database is named");
+        throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailNoName);
     if (database.starts_with("sqlite:")) {
         readSqliteName(database.substr(7), target);
         if (target.path.empty())
-            throw makeError(CodeCannotOpen, "no database is named");
+            throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailNoName);
     } else if (!schemeOf(database).empty()) { // the rest may hold a password
-        throw makeError(CodeCannotOpen,
-                        "there is no driver for " + std::string(schemeOf(database)) + " databases");
+        throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailNoDriver,
+                        fromClient(schemeOf(database)));
     } else {
         target.path = database;
     }
@@ -106,7 +106,7 @@ int DorConnect::createCS(const char*, const char*, const char* database, const c
 {
     close();
     Target target;
-    readDatabase(fromClient(database ? database : ""), target);
+    readDatabase(database ? database : "", target);
     readOptions(fromClient(options ? options : ""), target);
     target.readOnly = target.readOnly || (mode & ModeReadOnly) != 0;
     target.verify = verify;

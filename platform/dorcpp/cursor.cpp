@@ -60,7 +60,7 @@ struct CursorState {
         if (!onRow)
             throw makeError(position == 0 ? CodeBadCall : CodeNoRow, "no row was fetched");
         if (!answer.rows->seek(position - 1)) // read anew since the fetch
-            throw makeError(CodeRowGone, "row " + std::to_string(position));
+            throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(position));
         return answer.rows->value(column);
     }
     void writePending()
@@ -282,7 +282,7 @@ CursorState& DorCursor::idleState() const
     if (s.answerTaken)
         return s;
     if (!s.execution->isFinished())
-        throw makeError(CodeBusy, "on this cursor");
+        throw makeError(CodeBusy, OviAPI::Phrase::DbDetailCursorBusy);
     s.answerTaken = true;
     s.error = s.execution->error();
     s.take(s.execution->takeAnswer());
@@ -379,7 +379,7 @@ void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* row
     if (reached)
         *reached = target;
     if (!there)
-        throw makeError(CodeRowGone, "row " + std::to_string(target));
+        throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(target));
     s.onRow = true;
 }
 
@@ -455,7 +455,7 @@ size_t DorCursor::getBlob(int column, int64_t offset, void* buffer, size_t size)
     const size_t whole = std::max(value.length, bytes.size());
     if (offset < 0 || static_cast<size_t>(offset) >= whole)
         return 0;
-    const size_t from = static_cast<size_t>(offset);
+    const auto from = static_cast<size_t>(offset);
     const size_t n = std::min(size, whole - from);
     if (from + n > bytes.size())
         return s.answer.rows->piece(i, from, buffer, n);

@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include <oviapi/export.h>
+#include <oviapi/phrases.h>
 #include <oviapi/vectorof.h>
 
 namespace DorCPP {
@@ -47,9 +49,12 @@ public:
     DorX();
     // status: -1 for an error, 0 for none.
     DorX(int status, int code, const char* text, const char* detail = nullptr);
+    // The text is a phrase.
+    DorX(int status, int code, OviAPI::Phrase text, const char* detail = nullptr);
     DorX(const DorX& other);
     DorX(DorX&& other) noexcept;
-    DorX& operator=(DorX other) noexcept;
+    DorX& operator=(const DorX& other);
+    DorX& operator=(DorX&& other) noexcept;
     ~DorX() override;
 
     int status() const { return m_status; }
@@ -65,16 +70,17 @@ public:
     void setSystemCode(int code) { m_systemCode = code; }
     void setEngineCode(int code) { m_engineCode = code; }
 
-    // What happened in plain words, and the engine's own words.
-    const char* text() const { return m_text; }
-    const char* detail() const { return m_detail; }
+    // What happened in plain words, and the engine's own words. Plain words that are a phrase are
+    // in the language of the time when the record was made.
+    const char* text() const { return m_text ? m_text->c_str() : nullptr; }
+    const char* detail() const { return m_detail ? m_detail->c_str() : nullptr; }
 
     const VectorOf<DorX>& nested() const { return m_nested; }
     void addNested(const DorX& x) { m_nested.append(x); }
 
-    // Writes "<text>: <detail>", then the same of every nested record on lines of their own. At
-    // most size - 1 bytes, cut between two characters, always ended by a zero; size 0 writes
-    // nothing. Returns the number of bytes without the zero.
+    // Writes "<text>: <detail>", then the same of every nested record on lines of their own,
+    // phrases in the present language. At most size - 1 bytes, cut between two characters, always
+    // ended by a zero; size 0 writes nothing. Returns the number of bytes without the zero.
     int getMessage(char* buffer, int size) const;
 
     // "<text>: <detail>".
@@ -88,8 +94,9 @@ private:
     int m_code = 0;
     int m_systemCode = 0;
     int m_engineCode = 0;
-    char* m_text = nullptr;
-    char* m_detail = nullptr;
+    std::optional<OviAPI::Phrase> m_phrase; // what the text says
+    std::optional<std::string> m_text;
+    std::optional<std::string> m_detail;
     VectorOf<DorX> m_nested{0, 50};
     std::string m_what;
 };

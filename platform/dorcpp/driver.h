@@ -19,7 +19,7 @@ namespace DorCPP {
 
 // The four strings of a connection, read. All text is UTF-8.
 struct Target {
-    std::string path; // file path; empty for a database in memory
+    std::string path; // of the file, in its own bytes; empty for a database in memory
     bool readOnly = false;
     bool mayCreate = false;
     bool verify = false;

@@ -5,67 +5,80 @@
 #include <system_error>
 
 #include <dorcpp/charset.h>
+#include <oviapi/text.h>
 
 namespace DorCPP {
 
-const char* plainWords(int code)
+using OviAPI::Phrase;
+
+Phrase phraseOf(int code)
 {
     switch (code) {
     case CodeNoRow:
-        return "There is no such row";
+        return Phrase::DbNoRow;
     case CodeRowGone:
-        return "The row has been deleted since the data were read";
+        return Phrase::DbRowGone;
     case CodeDeadlock:
-        return "Another session changed the same data; the transaction cannot go on";
+        return Phrase::DbDeadlock;
     case CodeLocked:
-        return "The database is locked by another session";
+        return Phrase::DbLocked;
     case CodeSessionLost:
-        return "The connection to the database is lost";
+        return Phrase::DbSessionLost;
     case CodeServerStopped:
-        return "The database server has stopped";
+        return Phrase::DbServerStopped;
     case CodeCorruptFile:
-        return "The file is damaged or is not a database";
+        return Phrase::DbCorruptFile;
     case CodeDiskFull:
-        return "The disk is full";
+        return Phrase::DbDiskFull;
     case CodeNoMemory:
-        return "There is not enough memory";
+        return Phrase::DbNoMemory;
     case CodeInputOutput:
-        return "A file could not be read or written";
+        return Phrase::DbInputOutput;
     case CodeCannotOpen:
-        return "The database cannot be opened";
+        return Phrase::DbCannotOpen;
     case CodeRefused:
-        return "The database refused the change";
+        return Phrase::DbRefused;
     case CodeSqlText:
-        return "The statement is not correct";
+        return Phrase::DbSqlText;
     case CodeSeveralStatements:
-        return "The text holds more than one statement; execute them one by one";
+        return Phrase::DbSeveralStatements;
     case CodeBadCall:
-        return "The call is not allowed here";
+        return Phrase::DbBadCall;
     case CodeStructureChanged:
-        return "The structure of the table has changed; execute the statement again";
+        return Phrase::DbStructureChanged;
     case CodeTooBig:
-        return "The statement or a value is too long";
+        return Phrase::DbTooBig;
     case CodeBadBind:
-        return "A parameter value does not fit the statement";
+        return Phrase::DbBadBind;
     case CodeCancelled:
-        return "The statement was cancelled";
+        return Phrase::DbCancelled;
     case CodeUndone:
-        return "The statement was stopped because its transaction was rolled back";
+        return Phrase::DbUndone;
     case CodeBusy:
-        return "Another statement is still running";
+        return Phrase::DbBusy;
     case CodeNotUpdatable:
-        return "The answer cannot be changed row by row";
+        return Phrase::DbNotUpdatable;
     case CodeRowChanged:
-        return "The row has been changed by another session since it was read";
+        return Phrase::DbRowChanged;
     default:
-        return "The database reported an error";
+        return Phrase::DbOther;
     }
+}
+
+std::string detailText(Phrase detail, std::string_view argument)
+{
+    return OviAPI::wideToUtf8(OviAPI::phrase(detail, OviAPI::utf8ToWide(argument)));
 }
 
 DorX makeError(int code, std::string_view detail)
 {
     const std::string text = convert(detail, Charset::Utf8, getStdCharset());
-    return DorX(-1, code, plainWords(code), detail.empty() ? nullptr : text.c_str());
+    return DorX(-1, code, phraseOf(code), detail.empty() ? nullptr : text.c_str());
+}
+
+DorX makeError(int code, Phrase detail, std::string_view argument)
+{
+    return makeError(code, detailText(detail, argument));
 }
 
 DorX makeEngineError(int code, int engineCode, std::string_view detail)
@@ -79,10 +92,11 @@ DorX makeEngineError(int code, int engineCode, std::string_view detail)
     return x;
 }
 
-DorX makeSystemError(int error, std::string_view action)
+DorX makeSystemError(int error, Phrase action, std::string_view argument)
 {
     const bool full = error == ENOSPC || error == EDQUOT || error == EFBIG;
-    const std::string detail = std::string(action) + ": " + std::generic_category().message(error);
+    const std::string detail =
+        detailText(action, argument) + ": " + std::generic_category().message(error);
     return makeEngineError(full ? CodeDiskFull : CodeInputOutput, error, detail);
 }
 

@@ -30,7 +30,7 @@ size_t SpooledRows::piece(size_t column, uint64_t offset, void* buffer, size_t s
 
 void SpooledRows::write(size_t, const Value&)
 {
-    throw makeError(CodeNotUpdatable, "it does not come row by row from one table");
+    throw makeError(CodeNotUpdatable, OviAPI::Phrase::DbDetailNotOneTable);
 }
 
 KeyedRows::KeyedRows(std::shared_ptr<Session> session, KeyedText text, KeyStore keys)

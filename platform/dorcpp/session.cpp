@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <map>
+#include <utility>
 
 #include <dorcpp/errors.h>
 
@@ -58,8 +59,8 @@ void Session::registerBefore()
     Registry::instance();
 }
 
-Session::Session(std::unique_ptr<Driver> driver, const Target& target, int mode)
-    : m_target(target)
+Session::Session(std::unique_ptr<Driver> driver, Target target, int mode)
+    : m_target(std::move(target))
     , m_mode(mode)
     , m_driver(std::move(driver))
     , m_dialect(m_driver->dialect())
@@ -77,7 +78,7 @@ Session::Use::Use(Session& session, bool asynchronous)
         if (!session.m_usedAsynchronously) {
             session.m_free.wait(lock, [&] { return isFree() || session.m_usedAsynchronously; });
         } else if (!session.m_free.wait_for(lock, std::chrono::milliseconds(200), isFree)) {
-            throw makeError(CodeBusy, "the session is executing a statement");
+            throw makeError(CodeBusy, OviAPI::Phrase::DbDetailSessionBusy);
         }
     }
     session.m_used = true;

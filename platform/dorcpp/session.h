@@ -21,7 +21,7 @@ public:
     // Makes the registry exist, so that it outlives the caller.
     static void registerBefore();
 
-    Session(std::unique_ptr<Driver> driver, const Target& target, int mode);
+    Session(std::unique_ptr<Driver> driver, Target target, int mode);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;

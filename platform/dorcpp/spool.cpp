@@ -30,7 +30,7 @@ void TempFile::open()
             ::unlink(path.c_str());
     }
     if (m_file < 0)
-        throw makeSystemError(errno, "Making a temporary file in " + folder);
+        throw makeSystemError(errno, OviAPI::Phrase::DbDetailTempMake, folder);
 }
 
 uint64_t TempFile::append(const void* data, size_t size)
@@ -43,7 +43,7 @@ uint64_t TempFile::append(const void* data, size_t size)
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
-            throw makeSystemError(n < 0 ? errno : ENOSPC, "Writing a temporary file");
+            throw makeSystemError(n < 0 ? errno : ENOSPC, OviAPI::Phrase::DbDetailTempWrite);
         from += n;
         size -= static_cast<size_t>(n);
         m_size += static_cast<uint64_t>(n);
@@ -58,7 +58,7 @@ void TempFile::read(uint64_t at, void* buffer, size_t size) const
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
-            throw makeSystemError(n < 0 ? errno : EIO, "Reading a temporary file");
+            throw makeSystemError(n < 0 ? errno : EIO, OviAPI::Phrase::DbDetailTempRead);
         to += n;
         size -= static_cast<size_t>(n);
         at += static_cast<uint64_t>(n);

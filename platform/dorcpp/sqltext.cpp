@@ -89,9 +89,8 @@ private:
     {
         const char quote = m_text[i];
         for (++i; i < m_text.size(); ++i) {
-            if (backslash && m_text[i] == '\\')
-                ++i;
-            else if (m_text[i] == quote && at(i + 1) == quote)
+            const bool escaped = backslash && m_text[i] == '\\';
+            if (escaped || (m_text[i] == quote && at(i + 1) == quote))
                 ++i;
             else if (m_text[i] == quote)
                 return i + 1;

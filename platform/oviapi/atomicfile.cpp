@@ -4,6 +4,7 @@
 #include <charconv>
 #include <csignal>
 #include <mutex>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <oviapi/systemfile.h>
 #include <oviapi/text.h>
 
 namespace OviAPI {
@@ -28,28 +30,6 @@ constexpr std::string_view suffix = ".tmp";
     throw std::system_error(code, std::generic_category(),
                             "The file \"" + path + "\" could not be written");
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd)
-        : m_fd(fd)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return m_fd; }
-    // Tells what the system only finds out when the file is closed.
-    bool close() { return ::close(std::exchange(m_fd, -1)) == 0; }
-
-private:
-    int m_fd;
-};
 
 // A write beyond the size limit of the process is an error to report, not a reason to end.
 class SizeSignalBlocker {
@@ -86,10 +66,10 @@ std::mutex& creation()
 
 std::string narrowPath(const std::wstring& path)
 {
-    std::string narrow = wideToLocale(path);
-    if (path.empty() || localeToWide(narrow) != path || narrow.find('\0') != std::string::npos)
+    const std::optional<std::string> narrow = systemPath(path);
+    if (path.empty() || !narrow)
         fail(path.empty() ? ENOENT : EILSEQ, wideToUtf8(path));
-    return narrow;
+    return *narrow;
 }
 
 std::string folderOf(const std::string& path)

@@ -7,6 +7,8 @@
 #include <limits>
 #include <type_traits>
 
+#include <oviapi/phrases.h>
+
 namespace OviAPI {
 
 namespace {
@@ -403,21 +405,21 @@ std::wstring faultText(TextFault fault)
     case TextFault::None:
         return {};
     case TextFault::NotANumber:
-        return L"This is not a number.";
+        return phrase(Phrase::NotANumber);
     case TextFault::NotAnInteger:
-        return L"This is not a whole number.";
+        return phrase(Phrase::NotAnInteger);
     case TextFault::OutOfRange:
-        return L"The number is outside the range of this column.";
+        return phrase(Phrase::OutOfRange);
     case TextFault::NotADate:
-        return L"This is not a date and time in the form of this column.";
+        return phrase(Phrase::NotADate);
     case TextFault::NotABoolean:
-        return L"This is neither true nor false.";
+        return phrase(Phrase::NotABoolean);
     case TextFault::NotHexadecimal:
-        return L"Bytes are written as pairs of hexadecimal digits.";
+        return phrase(Phrase::NotHexadecimal);
     case TextFault::TooLong:
-        return L"The value is longer than this column allows.";
+        return phrase(Phrase::TooLong);
     case TextFault::NotText:
-        return L"Values of this column cannot be entered as text.";
+        return phrase(Phrase::NotText);
     }
     return {};
 }

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <oviapi/phrases.h>
+
 namespace OviAPI {
 
 namespace {
@@ -30,6 +32,7 @@ size_t textBytes(std::span<const std::byte> space)
 aCDataSetViewer::~aCDataSetViewer() = default;
 
 aCDataSet::aCDataSet()
+    : m_cacheEdition(phraseEdition())
 {
     m_stamps[StampNull] = L"NULL";
     m_stamps[StampDefault] = L"DEFAULT";
@@ -125,8 +128,18 @@ void aCDataSet::SetCurrentRow(long row)
     m_rowTold = true;
 }
 
+// Reasons that lie in the cache are in the language of the time when their rows were fetched.
+void aCDataSet::dropOldPhrases()
+{
+    if (const unsigned long now = phraseEdition(); m_cacheEdition != now) {
+        ClearRowCache();
+        m_cacheEdition = now;
+    }
+}
+
 short aCDataSet::SetRow(long row)
 {
+    dropOldPhrases();
     if (row == m_currentRow && row != 0 && !m_stale)
         return 0;
     SetCurrentRow(0);

@@ -268,6 +268,7 @@ private:
     std::span<const std::byte> bufferBytes(int column);
     bool otherText(int column, aCString& text);
     void trimCache();
+    void dropOldPhrases();
 
     std::vector<std::unique_ptr<aCColumn>> m_columns;
     std::vector<size_t> m_offsets{0}; // of each column, and the end
@@ -278,6 +279,7 @@ private:
     std::map<long, CachedRow> m_cache;
     std::list<long> m_cacheUse; // cached rows, the one used last in front
     size_t m_cacheBytes = 0;
+    unsigned long m_cacheEdition; // of the phrases that cached reasons are made of
     bool m_cacheOn = false;
     bool m_stale = false; // the current row is to be fetched again when it is asked for
     bool m_followRow = true;

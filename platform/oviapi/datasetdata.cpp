@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include <oviapi/phrases.h>
 #include <oviapi/text.h>
 
 namespace OviAPI {
@@ -229,14 +230,14 @@ aCString aCDataSet::ReadOnlyReason(int column)
 {
     const aCColumn& info = col(column);
     if (info.readOnly)
-        return L"This column cannot be changed.";
+        return phrase(Phrase::ColumnReadOnly);
     if (!IsUpdatable(column))
-        return info.dataType == static_cast<unsigned char>(DataType::LargeObject)
-                   ? L"A large object is opened to be changed."
-                   : L"The source does not allow changes of this column.";
+        return phrase(info.dataType == static_cast<unsigned char>(DataType::LargeObject)
+                          ? Phrase::LargeObjectOpened
+                          : Phrase::SourceReadOnly);
     if ((CellState(column) & (StampCut | StampInvalid)) != 0) {
         const aCString reason = CellReason(column);
-        return reason.empty() ? L"Only a part of the value can be shown here." : reason;
+        return reason.empty() ? phrase(Phrase::ValueInPart) : reason;
     }
     return {};
 }

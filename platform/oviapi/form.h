@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <oviapi/container.h>
 #include <oviapi/export.h>
@@ -86,9 +87,15 @@ public:
     // Acts exactly as the close box does. True when the form has been closed.
     bool close();
 
-    // Pressed by Enter when the object with the focus has no use for that key. Not owned.
+    // Pressed by Enter when the object with the focus has no use for that key: an editor of several
+    // lines has. While another button has the focus, Enter presses that one, and it looks like the
+    // default button. Not owned.
     void setDefaultButton(WButton* button);
     WButton* defaultButton() const { return m_defaultButton; }
+
+    // Tab goes through these in this order; those that have no native part are left out. All others
+    // stand in the order in which they were created.
+    void setTabOrder(const std::vector<WVisualObject*>& controls);
 
     // Shows the menu as the form's menu bar; null takes it away. Not owned.
     void setMenu(WMenu* menu);

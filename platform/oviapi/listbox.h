@@ -1,4 +1,4 @@
-// Lists of lines, open or as a drop-down.
+// Lists of lines.
 #pragma once
 
 #include <string>
@@ -48,6 +48,9 @@ protected:
     virtual void removeNative(int line);
     virtual void setNativeText(int line);
     virtual void setNativeCurrent(int line);
+    // Another line has become the current one, or none is, by the user or by a call; before
+    // onSelect. May destroy the object.
+    virtual void currentChanged() {}
 
 private:
     struct Line {
@@ -69,20 +72,6 @@ public:
 
     // The number of the line at a point of the client area; -1 when there is none.
     int lineAt(int x, int y) const;
-
-protected:
-    std::unique_ptr<Native> makeNative() override;
-    void insertNative(int line) override;
-    void removeNative(int line) override;
-    void setNativeText(int line) override;
-    void setNativeCurrent(int line) override;
-};
-
-// A drop-down list.
-class OVIAPI_API WComboBox : public virtual WLineList {
-public:
-    WComboBox();
-    ~WComboBox() override;
 
 protected:
     std::unique_ptr<Native> makeNative() override;

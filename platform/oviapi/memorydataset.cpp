@@ -94,7 +94,7 @@ TextFault aCMemoryDataSet::AppendTexts(const std::vector<const wchar_t*>& texts)
 {
     if (texts.size() > static_cast<size_t>(GetColCount()))
         throw aCDataFailure(aCDataFailure::IndexOutOfRange);
-    const size_t columns = static_cast<size_t>(GetColCount());
+    const auto columns = static_cast<size_t>(GetColCount());
     std::vector<std::vector<std::byte>> values(columns); // the cells point into them
     std::vector<RowRecord::Cell> cells(columns, {{}, StampNull});
     for (size_t i = 0; i < texts.size(); ++i) {

@@ -14,20 +14,13 @@ public:
         Yes = 4,
         No = 8,
     };
-    // The numbers under which the application's resources hold the captions of the buttons. A
-    // caption that is missing there is English.
-    enum Caption : int {
-        OkText = 60011,
-        CancelText = 60012,
-        YesText = 60013,
-        NoText = 60014,
-    };
-
-    // Shows the text and waits for one of the buttons; a set without any gets Ok. Both texts are
-    // plain text; null counts as empty. Closing the box, and Escape, count as Cancel when there is
-    // such a button, else as No, else as the single button; a box that has none of these stays. The
-    // default button is the first of Yes, Ok, No, Cancel. Without a started application the text
-    // goes to the standard error stream and the result is that of closing, 0 for none.
+    // Shows the text, in the application's font of controls where it has one, with captions in its
+    // language (oviapi/phrases.h), and waits for one of the buttons; a set without any gets Ok.
+    // Both texts are plain text; null counts as empty. Closing the box, and Escape, count as Cancel
+    // when there is such a button, else as No, else as the single button; a box that has none of
+    // these stays. The default button is the first of Yes, Ok, No, Cancel. Without a started
+    // application the text goes to the standard error stream and the result is that of closing, 0
+    // for none.
     static int show(const wchar_t* title, const wchar_t* text, int buttons = Ok);
     // With another default button.
     static int showEx(const wchar_t* title, const wchar_t* text, int buttons, int defaultButton);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include <oviapi/painter.h>
+#include <oviapi/phrases.h>
 
 namespace OviAPI {
 
@@ -244,7 +245,7 @@ void aCRecordView::onRowFollowed(long row)
 
 void aCRecordView::SetListBoxMode(bool on, int mode)
 {
-    m_listBox = on && mode == 2;
+    m_listBox = on && mode == OneWholeRow;
     m_selection.collapse();
     repaint();
 }
@@ -285,7 +286,7 @@ bool aCRecordView::fetchRow(long row)
     if (m_faults.size() >= most)
         m_faults.clear();
     const auto* error = m_dataSet->getRowError(row);
-    m_faults[row] = error && !error->text.empty() ? error->text : L"The row could not be read.";
+    m_faults[row] = error && !error->text.empty() ? error->text : phrase(Phrase::RowNotRead);
     return false;
 }
 

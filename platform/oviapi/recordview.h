@@ -50,7 +50,9 @@ public:
     // still exist. layout: measures and scroll bars are computed again. repaint: the area is
     // painted again, null for all of it.
     virtual void ReShow(short part, bool toStart, bool layout, bool repaint, const Rect* area);
-    // One whole row is selected and moved as a bar (mode 2); no other mode is known.
+    enum ListBoxMode : int { OneWholeRow = 2 };
+    // One whole row is selected and moved as a bar. mode: ListBoxMode; no other number has an
+    // effect.
     void SetListBoxMode(bool on, int mode);
     bool IsListBox() const { return m_listBox; }
 
@@ -182,6 +184,8 @@ public:
     bool onDraw(Painter* painter, const Rect& rect) override;
     void doScroll(long horizontal, long vertical) override;
     bool onVisClientSize() override;
+    // What the view says itself, and what its dataset says of rows and cells, is asked for again.
+    SlotResult onCharsetChanged(Object* sender) override;
 
 protected:
     std::unique_ptr<Native> makeNative() override;

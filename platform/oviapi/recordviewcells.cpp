@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include <oviapi/painter.h>
+#include <oviapi/phrases.h>
 
 namespace OviAPI {
 
@@ -257,7 +258,13 @@ aCString aCRecordView::GetEmptyText()
 {
     if (!m_dataSet)
         return {};
-    return GetColCount() == 0 ? L"No columns" : L"No rows";
+    return phrase(GetColCount() == 0 ? Phrase::NoColumns : Phrase::NoRows);
+}
+
+SlotResult aCRecordView::onCharsetChanged(Object* sender)
+{
+    ReShow(0, false, false, true, nullptr);
+    return aCApsWnd::onCharsetChanged(sender);
 }
 
 std::wstring aCRecordView::cellHint(int col, long row)

@@ -42,6 +42,7 @@ struct Key {
     uint32_t language = anyLanguage;
     uint32_t scale = 0;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the 0 inside the comparison for one
     auto operator<=>(const Key&) const = default;
 };
 

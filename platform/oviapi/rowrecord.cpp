@@ -61,7 +61,7 @@ size_t RowRecord::bytes() const
     size_t total = sizeof(RowRecord) + m_columns * sizeof(Entry) + m_valueBytes;
     if (m_reasons)
         for (const auto& [index, reason] : *m_reasons)
-            total += sizeof(index) + sizeof reason + reason.size() * sizeof(wchar_t);
+            total += sizeof(index) + sizeof(std::wstring) + reason.size() * sizeof(wchar_t);
     return total;
 }
 

@@ -22,7 +22,8 @@ public:
     WStatic();
     ~WStatic() override;
 
-    // Plain text; line breaks are kept. '&' marks the mnemonic as on buttons.
+    // Plain text; line breaks are kept. '&' marks the mnemonic as on buttons: it moves the focus to
+    // the buddy, without one to the control beside or below it, else to the next one by Tab.
     void setText(const wchar_t* text);
     const std::wstring& text() const { return m_text; }
     // Copies at most size - 1 characters and ends them with a zero.
@@ -32,6 +33,7 @@ public:
     // technology reads the text as its name. Without one, a control that needs a name takes it from
     // the label on its left, else from the one above it. Not owned; null for none.
     void setBuddy(WVisualObject* control);
+    WVisualObject* buddy() const { return m_buddyLife.expired() ? nullptr : m_buddy; }
 
     // Paints the text at the top left of the label, from the top.
     bool doPaint(PaintDevice* device) override;

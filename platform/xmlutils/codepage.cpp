@@ -1,7 +1,5 @@
 #include <xmlutils/codepage.h>
 
-#include <iconv.h>
-
 #include <oviapi/text.h>
 #include <xmlutils/exception.h>
 
@@ -12,25 +10,11 @@ namespace {
 CodePage makeCodePage(XMLEncoding encoding)
 {
     const char* name = encodingName(encoding);
-    const iconv_t converter = iconv_open("WCHAR_T", name);
-    if (converter == reinterpret_cast<iconv_t>(-1))
+    const auto page = OviAPI::byteCodesOf(name);
+    if (!page)
         throw XMLException(L"The system has no conversion from the encoding " +
                            OviAPI::utf8ToWide(name));
-    CodePage page{};
-    for (size_t i = 0; i < page.size(); ++i) {
-        char byte = static_cast<char>(i);
-        wchar_t character = 0;
-        char* in = &byte;
-        char* out = reinterpret_cast<char*>(&character);
-        size_t inLeft = 1;
-        size_t outLeft = sizeof character;
-        iconv(converter, nullptr, nullptr, nullptr, nullptr);
-        const size_t result = iconv(converter, &in, &inLeft, &out, &outLeft);
-        const bool converted = result != static_cast<size_t>(-1) && outLeft == 0;
-        page[i] = converted ? static_cast<int>(character) : -1;
-    }
-    iconv_close(converter);
-    return page;
+    return *page;
 }
 
 } // namespace

@@ -27,4 +27,13 @@ XMLException::XMLException(std::wstring_view reason, int line, int column)
 
 XMLException::~XMLException() = default;
 
+XMLException XMLException::ofFile(const std::wstring& path, std::wstring_view failed) const
+{
+    XMLException named(*this);
+    named.m_file = path;
+    named.m_message = L"The file \"" + path + L"\" " + std::wstring(failed) + L": " + m_message;
+    named.m_what = OviAPI::wideToUtf8(named.m_message);
+    return named;
+}
+
 } // namespace XMLUtils

@@ -16,6 +16,10 @@ public:
     explicit XMLException(std::wstring_view reason, int line = 0, int column = 0);
     ~XMLException() override;
 
+    // A copy that names the file: its message is 'The file "PATH" FAILED: ' and this message.
+    // failed: as in "could not be read".
+    [[nodiscard]] XMLException ofFile(const std::wstring& path, std::wstring_view failed) const;
+
     // The reason, followed by " (line 3, column 14)" when the place is known.
     const std::wstring& message() const { return m_message; }
     // The message in UTF-8.
@@ -23,10 +27,13 @@ public:
 
     int line() const { return m_line; }
     int column() const { return m_column; }
+    // The path of the file that could not be read or written; empty for a document in memory.
+    const std::wstring& file() const { return m_file; }
 
 private:
     std::wstring m_message;
     std::string m_what;
+    std::wstring m_file;
     int m_line;
     int m_column;
 };

@@ -2,11 +2,13 @@
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <oviapi/systemfile.h>
 #include <oviapi/text.h>
 #include <xmlutils/document.h>
 #include <xmlutils/exception.h>
@@ -16,42 +18,29 @@ namespace XMLUtils {
 
 namespace {
 
+constexpr wchar_t notRead[] = L"could not be read";
+
 [[noreturn]] void fail(const std::wstring& path, std::wstring_view reason)
 {
-    throw XMLException(L"The file \"" + path + L"\" could not be read: " + std::wstring(reason));
+    throw XMLException(reason).ofFile(path, notRead);
+}
+
+// Calls the function; what it finds wrong with a document is wrong with the file.
+template<class Function>
+auto naming(const std::wstring& path, Function&& function)
+{
+    try {
+        return function();
+    } catch (const XMLException& fault) {
+        if (!fault.file().empty())
+            throw;
+        throw fault.ofFile(path, notRead);
+    }
 }
 
 [[noreturn]] void failWith(const std::wstring& path, int code)
 {
     fail(path, OviAPI::localeToWide(std::strerror(code)));
-}
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd)
-        : m_fd(fd)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            ::close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return m_fd; }
-
-private:
-    int m_fd;
-};
-
-std::string narrowPath(const std::wstring& path)
-{
-    std::string narrow = OviAPI::wideToLocale(path);
-    if (OviAPI::localeToWide(narrow) != path || narrow.find('\0') != std::string::npos)
-        fail(path, L"the name cannot be written in the character set of the system");
-    return narrow;
 }
 
 void requireRegular(const std::wstring& path, const struct stat& status)
@@ -72,12 +61,14 @@ void requireSize(const std::wstring& path, size_t size)
 // again behind it, since the file may have been replaced in between.
 int openRegular(const std::wstring& path)
 {
-    const std::string narrow = narrowPath(path);
+    const std::optional<std::string> narrow = OviAPI::systemPath(path);
+    if (!narrow)
+        fail(path, L"the name cannot be written in the character set of the system");
     struct stat status {};
-    if (::stat(narrow.c_str(), &status) != 0)
+    if (::stat(narrow->c_str(), &status) != 0)
         failWith(path, errno);
     requireRegular(path, status);
-    const int fd = ::open(narrow.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    const int fd = ::open(narrow->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (fd < 0)
         failWith(path, errno);
     return fd;
@@ -85,7 +76,7 @@ int openRegular(const std::wstring& path)
 
 std::string readWhole(const std::wstring& path)
 {
-    const Descriptor file(openRegular(path));
+    const OviAPI::Descriptor file(openRegular(path));
     struct stat status {};
     if (::fstat(file.get(), &status) != 0)
         failWith(path, errno);
@@ -115,15 +106,16 @@ std::string readWhole(const std::wstring& path)
 } // namespace
 
 XMLFILEReaderA::XMLFILEReaderA(const std::wstring& path, std::string_view whiteSpace)
-    : m_document(readWhole(path))
+    : m_path(path)
+    , m_document(readWhole(path))
     , m_whiteSpace(whiteSpace)
-    , m_encoding(detectEncoding(m_document))
+    , m_encoding(naming(path, [&] { return detectEncoding(m_document); }))
 {
 }
 
 void XMLFILEReaderA::read(XMLElementA& root) const
 {
-    readDocument(m_document, m_encoding, m_whiteSpace, root);
+    naming(m_path, [&] { readDocument(m_document, m_encoding, m_whiteSpace, root); });
 }
 
 } // namespace XMLUtils

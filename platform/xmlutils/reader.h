@@ -16,7 +16,8 @@ class XMLElementA;
 // What it refuses with XMLException, having touched no other file: what is not a regular file (a
 // pipe or a device is not even opened), more than the bounds in <xmlutils/limits.h>, any document
 // type declaration (and with it every entity but the five of XML itself), bytes that are no
-// characters in the document's encoding, and everything that is not well-formed.
+// characters in the document's encoding, and everything that is not well-formed. The exception
+// names the file.
 class OVIAPI_API XMLFILEReaderA {
 public:
     // whiteSpace: characters (ASCII) cut off at both ends of every element's text. Without them
@@ -34,6 +35,7 @@ public:
     void read(XMLElementA& root) const;
 
 private:
+    std::wstring m_path;
     std::string m_document;
     std::string m_whiteSpace;
     XMLEncoding m_encoding;

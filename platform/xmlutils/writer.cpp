@@ -266,8 +266,8 @@ std::string writeDocument(const XMLElementA& root, XMLEncoding encoding)
     return document;
 }
 
-XMLFILEWriterA::XMLFILEWriterA(const std::wstring& path, XMLEncoding encoding)
-    : m_path(path)
+XMLFILEWriterA::XMLFILEWriterA(std::wstring path, XMLEncoding encoding)
+    : m_path(std::move(path))
     , m_encoding(encoding)
 {
     encodingName(encoding); // refuses what is not an encoding
@@ -275,11 +275,14 @@ XMLFILEWriterA::XMLFILEWriterA(const std::wstring& path, XMLEncoding encoding)
 
 void XMLFILEWriterA::write(const XMLElementA& root) const
 {
-    const std::string document = writeDocument(root, m_encoding);
+    constexpr wchar_t notWritten[] = L"could not be written";
     try {
-        OviAPI::writeFileAtomically(m_path, document);
+        OviAPI::writeFileAtomically(m_path, writeDocument(root, m_encoding));
+    } catch (const XMLException& fault) {
+        throw fault.ofFile(m_path, notWritten);
     } catch (const std::system_error& error) {
-        throw XMLException(OviAPI::localeToWide(error.what()));
+        const std::wstring reason = OviAPI::localeToWide(error.code().message());
+        throw XMLException(reason).ofFile(m_path, notWritten);
     }
 }
 

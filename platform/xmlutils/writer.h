@@ -19,7 +19,7 @@ class XMLElementA;
 class OVIAPI_API XMLFILEWriterA {
 public:
     // Throws XMLException when the code is not an encoding. The file is not touched yet.
-    explicit XMLFILEWriterA(const std::wstring& path, XMLEncoding encoding = XMLEncoding::Utf8);
+    explicit XMLFILEWriterA(std::wstring path, XMLEncoding encoding = XMLEncoding::Utf8);
 
     // The root becomes the document element; a root without a name is written as "Root". Throws
     // XMLException, and leaves the file as it was, when a name is not an XML name or has characters

@@ -7,6 +7,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -28,152 +29,20 @@ using namespace OviAPI;
 
 constexpr int pollInterval = 5; // ms between two looks for a box or a menu
 
-Qt::KeyboardModifiers toQt(int modifiers)
-{
-    Qt::KeyboardModifiers qt = Qt::NoModifier;
-    if (modifiers & ModifierShift)
-        qt |= Qt::ShiftModifier;
-    if (modifiers & ModifierControl)
-        qt |= Qt::ControlModifier;
-    if (modifiers & ModifierAlt)
-        qt |= Qt::AltModifier;
-    return qt;
-}
+using Mouse = InputDriver::Mouse;
 
-Qt::MouseButton toQt(Button button)
+Point placeIn(const WVisualObject& object, int x, int y)
 {
-    switch (button) {
-    case Button::Right:
-        return Qt::RightButton;
-    case Button::Middle:
-        return Qt::MiddleButton;
-    case Button::Left:
-        break;
-    }
-    return Qt::LeftButton;
-}
-
-Qt::Key toQtKey(int key)
-{
-    if (key >= Key0 && key <= Key9)
-        return static_cast<Qt::Key>(Qt::Key_0 + key - Key0);
-    if (key >= KeyA && key <= KeyZ)
-        return static_cast<Qt::Key>(Qt::Key_A + key - KeyA);
-    if (key >= KeyF1 && key <= KeyF24)
-        return static_cast<Qt::Key>(Qt::Key_F1 + key - KeyF1);
-    switch (key) {
-    case KeyEscape:
-        return Qt::Key_Escape;
-    case KeyBackspace:
-        return Qt::Key_Backspace;
-    case KeyDelete:
-        return Qt::Key_Delete;
-    case KeyEnter:
-        return Qt::Key_Return;
-    case KeyInsert:
-        return Qt::Key_Insert;
-    case KeyHome:
-        return Qt::Key_Home;
-    case KeyEnd:
-        return Qt::Key_End;
-    case KeyLeft:
-        return Qt::Key_Left;
-    case KeyUp:
-        return Qt::Key_Up;
-    case KeyRight:
-        return Qt::Key_Right;
-    case KeyDown:
-        return Qt::Key_Down;
-    case KeyPageUp:
-        return Qt::Key_PageUp;
-    case KeyPageDown:
-        return Qt::Key_PageDown;
-    case KeyShift:
-        return Qt::Key_Shift;
-    case KeyControl:
-        return Qt::Key_Control;
-    case KeyAlt:
-        return Qt::Key_Alt;
-    case KeyMenu:
-        return Qt::Key_Menu;
-    case KeySpace:
-        return Qt::Key_Space;
-    case KeyMinus:
-        return Qt::Key_Minus;
-    case KeyEqual:
-        return Qt::Key_Equal;
-    case KeyPlus:
-        return Qt::Key_Plus;
-    case KeyAsterisk:
-        return Qt::Key_Asterisk;
-    case KeyTab:
-        return Qt::Key_Tab;
-    default:
-        return Qt::Key_unknown;
-    }
-}
-
-// What a key types; 0 for a key that types nothing.
-char typedBy(int key, int modifiers)
-{
-    if (modifiers & (ModifierControl | ModifierAlt))
-        return 0;
-    if (key >= KeyA && key <= KeyZ)
-        return static_cast<char>((modifiers & ModifierShift ? 'A' : 'a') + key - KeyA);
-    if (key >= Key0 && key <= Key9)
-        return static_cast<char>('0' + key - Key0);
-    switch (key) {
-    case KeySpace:
-        return ' ';
-    case KeyMinus:
-        return '-';
-    case KeyEqual:
-        return '=';
-    case KeyPlus:
-        return '+';
-    case KeyAsterisk:
-        return '*';
-    default:
-        return 0;
-    }
-}
-
-QWidget* surfaceOf(WVisualObject& object)
-{
-    return object.native() ? object.native()->surface.data() : nullptr;
-}
-
-QWindow* windowOf(WVisualObject& object)
-{
-    QWidget* surface = surfaceOf(object);
-    return surface ? surface->window()->windowHandle() : nullptr;
-}
-
-// A place in the object's window.
-struct Target {
-    QPointer<QWindow> window;
-    QPoint at;
-};
-
-Target target(WVisualObject& object, int x, int y)
-{
-    QWidget* surface = surfaceOf(object);
+    const QWidget* surface = object.native() ? object.native()->surface.data() : nullptr;
     if (!surface)
         return {};
-    const QPoint inside(x == -1 ? surface->width() / 2 : x, y == -1 ? surface->height() / 2 : y);
-    return {windowOf(object), surface->mapTo(surface->window(), inside)};
+    return {x == -1 ? surface->width() / 2 : x, y == -1 ? surface->height() / 2 : y};
 }
 
-void mouse(QTest::MouseAction action, const Target& where, Qt::MouseButton button, int modifiers)
+QWindow* windowOf(const WVisualObject& object)
 {
-    if (where.window)
-        QTest::mouseEvent(action, where.window, button, toQt(modifiers), where.at);
-}
-
-// Buttons that are down stay down.
-void moveMouse(const Target& where, int modifiers)
-{
-    mouse(QTest::MouseMove, where, Qt::NoButton, modifiers);
+    const QWidget* surface = object.native() ? object.native()->surface.data() : nullptr;
+    return surface ? surface->window()->windowHandle() : nullptr;
 }
 
 struct BoxAnswer {
@@ -189,11 +58,22 @@ std::deque<BoxAnswer>& boxAnswers()
 QString boxTitle;
 QString boxText;
 QString boxButtons;
+std::vector<Font> boxFonts;
 
 QMessageBox* openBox()
 {
     auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     return box && box->isVisible() ? box : nullptr;
+}
+
+Font fontOf(const QFont& font)
+{
+    return {font.family().toStdWString(),
+            font.pointSize(),
+            font.bold(),
+            font.italic(),
+            font.underline(),
+            font.strikeOut()};
 }
 
 QString bare(QString text)
@@ -233,6 +113,11 @@ void answerBox()
     for (QAbstractButton* each : box->buttons())
         captions += bare(each->text());
     boxButtons = captions.join('|');
+    boxFonts.clear();
+    if (const auto* label = box->findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        boxFonts.push_back(fontOf(label->font()));
+    for (QAbstractButton* each : box->buttons())
+        boxFonts.push_back(fontOf(each->font()));
     if (answer.button == 0)
         box->close();
     else if (answer.button < 0)
@@ -266,94 +151,93 @@ void answerMenu(const QString& text)
 
 void press(WVisualObject& object, int x, int y, Button button, int modifiers)
 {
-    mouse(QTest::MousePress, target(object, x, y), toQt(button), modifiers);
+    Mouse(object, modifiers).press(placeIn(object, x, y), button);
+    QCoreApplication::processEvents();
 }
 
 void release(WVisualObject& object, int x, int y, Button button, int modifiers)
 {
-    mouse(QTest::MouseRelease, target(object, x, y), toQt(button), modifiers);
+    Mouse(object, modifiers).release(placeIn(object, x, y), button);
+    QCoreApplication::processEvents();
 }
 
 void click(WVisualObject& object, int x, int y, Button button, int modifiers)
 {
     // The object may be gone after the press.
-    const Target where = target(object, x, y);
-    mouse(QTest::MousePress, where, toQt(button), modifiers);
-    mouse(QTest::MouseRelease, where, toQt(button), modifiers);
+    Mouse mouse(object, modifiers);
+    const Point place = placeIn(object, x, y);
+    mouse.press(place, button);
+    QCoreApplication::processEvents();
+    mouse.release(place, button);
+    QCoreApplication::processEvents();
 }
 
 void doubleClick(WVisualObject& object, int x, int y, Button button, int modifiers)
 {
-    mouse(QTest::MouseDClick, target(object, x, y), toQt(button), modifiers);
+    Mouse(object, modifiers).doubleClick(placeIn(object, x, y), button);
+    QCoreApplication::processEvents();
 }
 
 void moveTo(WVisualObject& object, int x, int y, int modifiers)
 {
-    moveMouse(target(object, x, y), modifiers);
+    Mouse(object, modifiers).move(placeIn(object, x, y));
+    QCoreApplication::processEvents();
 }
 
 void drag(WVisualObject& object, Point from, Point to, Button button, int modifiers)
 {
-    // Places in the window: the object may move under the pointer.
-    const Target start = target(object, from.x, from.y);
-    const Target end = target(object, to.x, to.y);
+    Mouse mouse(object, modifiers);
     constexpr int steps = 4;
-    press(object, from.x, from.y, button, modifiers);
-    for (int i = 1; i <= steps; ++i)
-        moveMouse({start.window, start.at + (end.at - start.at) * i / steps}, modifiers);
-    mouse(QTest::MouseRelease, end, toQt(button), modifiers);
+    mouse.press(from, button);
+    for (int i = 1; i <= steps; ++i) {
+        QCoreApplication::processEvents();
+        mouse.move({from.x + (to.x - from.x) * i / steps, from.y + (to.y - from.y) * i / steps});
+    }
+    mouse.release(to, button);
+    QCoreApplication::processEvents();
 }
 
 void wheel(WVisualObject& object, int x, int y, int notches, int modifiers)
 {
-    const Target where = target(object, x, y);
-    if (!where.window)
+    QWindow* window = windowOf(object);
+    if (!window)
         return;
-    QWheelEvent event(where.at, where.window->mapToGlobal(QPointF(where.at)), QPoint(),
-                      QPoint(0, 120 * notches), Qt::NoButton, toQt(modifiers), Qt::NoScrollPhase,
-                      false);
+    const Point place = placeIn(object, x, y);
+    const QWidget* surface = object.native()->surface;
+    const QPointF at = surface->mapTo(surface->window(), QPoint(place.x, place.y));
+    Qt::KeyboardModifiers held;
+    held.setFlag(Qt::ShiftModifier, (modifiers & ModifierShift) != 0);
+    held.setFlag(Qt::ControlModifier, (modifiers & ModifierControl) != 0);
+    held.setFlag(Qt::AltModifier, (modifiers & ModifierAlt) != 0);
+    QWheelEvent event(at, window->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                      held, Qt::NoScrollPhase, false);
     // Only what seems to come from outside goes up to the parents.
     QSpontaneKeyEvent::setSpontaneous(&event);
-    qApp->notify(where.window, &event);
+    qApp->notify(window, &event);
     QCoreApplication::processEvents();
 }
 
 void keyDown(WVisualObject& object, int keyboardKey, int modifiers)
 {
-    QWindow* window = windowOf(object);
-    if (!window)
-        return;
-    const char typed = typedBy(keyboardKey, modifiers);
-    QTest::sendKeyEvent(QTest::Press, window, toQtKey(keyboardKey),
-                        typed ? QString(QChar::fromLatin1(typed)) : QString(), toQt(modifiers));
+    InputDriver::pressKey(object, {keyboardKey, modifiers});
 }
 
 void keyUp(WVisualObject& object, int keyboardKey, int modifiers)
 {
-    if (QWindow* window = windowOf(object))
-        QTest::sendKeyEvent(QTest::Release, window, toQtKey(keyboardKey), QString(),
-                            toQt(modifiers));
+    InputDriver::releaseKey(object, {keyboardKey, modifiers});
 }
 
 void key(WVisualObject& object, int keyboardKey, int modifiers)
 {
-    const QPointer<QWindow> window = windowOf(object);
-    if (!window)
-        return;
-    const char typed = typedBy(keyboardKey, modifiers);
-    const QString text = typed ? QString(QChar::fromLatin1(typed)) : QString();
-    QTest::sendKeyEvent(QTest::Press, window, toQtKey(keyboardKey), text, toQt(modifiers));
-    if (window) // the press may have destroyed it
-        QTest::sendKeyEvent(QTest::Release, window, toQtKey(keyboardKey), text, toQt(modifiers));
+    const auto life = object.life();
+    keyDown(object, keyboardKey, modifiers);
+    if (!life.expired())
+        keyUp(object, keyboardKey, modifiers);
 }
 
 void type(WVisualObject& object, std::wstring_view text)
 {
-    const QPointer<QWindow> window = windowOf(object);
-    for (const QChar& c : QString::fromWCharArray(text.data(), static_cast<int>(text.size()))) {
-        if (window)
-            QTest::sendKeyEvent(QTest::Click, window, Qt::Key_unknown, QString(c), Qt::NoModifier);
-    }
+    InputDriver::typeNow(object, text);
 }
 
 void closeWindow(WForm& form)
@@ -390,6 +274,11 @@ std::wstring lastBoxText()
 std::wstring lastBoxButtons()
 {
     return boxButtons.toStdWString();
+}
+
+std::vector<Font> lastBoxFonts()
+{
+    return boxFonts;
 }
 
 int unansweredBoxes()

@@ -1,5 +1,6 @@
-// Drives windows as a user does: events go in through the window system's entrance, so that a modal
-// form blocks the others, shortcuts work and the focus decides where keys go.
+// What a test does and sees in windows: the calls of InputDriver with the answers to message boxes
+// and menus, waiting and looking. A modal form blocks the others, shortcuts work and the focus
+// decides where keys go.
 //
 // Link ui_driver. The test's main makes an Application and calls start() before it runs the tests.
 #pragma once
@@ -8,8 +9,11 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include <oviapi/font.h>
 #include <oviapi/geometry.h>
+#include <oviapi/inputdriver.h>
 #include <oviapi/virtualkey.h>
 
 namespace OviAPI {
@@ -20,7 +24,7 @@ class WVisualObject;
 
 namespace UiDriver {
 
-enum class Button { Left, Right, Middle };
+using Button = OviAPI::InputDriver::Button;
 
 // Mouse. x, y: pixels in the object's client area, -1 for its middle. modifiers:
 // OviAPI::KeyModifier.
@@ -62,7 +66,8 @@ inline void pressMessageBoxButton(int button)
 // Title, text and button captions of the box answered last.
 std::wstring lastBoxTitle();
 std::wstring lastBoxText();
-std::wstring lastBoxButtons(); // joined by '|'
+std::wstring lastBoxButtons();            // joined by '|'
+std::vector<OviAPI::Font> lastBoxFonts(); // of its text and of each button
 // How many answers still wait for their box.
 int unansweredBoxes();
 

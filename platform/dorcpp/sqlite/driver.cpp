@@ -48,6 +48,7 @@ std::vector<ColumnInfo> columnInfos(sqlite3_stmt* statement)
 {
     std::vector<ColumnInfo> columns;
     const int count = sqlite3_column_count(statement);
+    columns.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
         columns.push_back(columnInfo(statement, i));
     return columns;
@@ -181,7 +182,7 @@ void SqliteDriver::probe()
     sqlite3_file_control(m_db.get(), "main", SQLITE_FCNTL_HAS_MOVED, &moved);
     if (moved)
         throw makeEngineError(CodeSessionLost, SQLITE_READONLY_DBMOVED,
-                              "the database file has been moved or deleted");
+                              detailText(OviAPI::Phrase::DbDetailFileMoved));
     Use use(m_db.get(), m_cache.get("SELECT 1"));
     use.step();
 }
@@ -214,7 +215,7 @@ StatementResult SqliteDriver::run(const std::string& sql, const Parameters& para
         runToEnd(statement, parameters, result);
     } catch (DorX& x) {
         if (inside && !inTransaction())
-            x.addNested(makeError(CodeUndone, "the whole transaction has been rolled back"));
+            x.addNested(makeError(CodeUndone, OviAPI::Phrase::DbDetailRolledBack));
         throw;
     }
     if (sqlite3_total_changes64(m_db.get()) != before)

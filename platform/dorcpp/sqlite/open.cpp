@@ -10,10 +10,17 @@
 #include <dorcpp/errors.h>
 #include <dorcpp/sqlite/errors.h>
 #include <dorcpp/sqlite/statement.h>
+#include <dorcpp/value.h>
 
 namespace DorCPP::Sqlite {
 
 namespace {
+
+// The path as the details of an error hold it.
+std::string shown(const Target& target)
+{
+    return fromClient(target.path);
+}
 
 // Refuses what is no file before the engine touches it: opening a device or a pipe has effects.
 void checkPath(const Target& target)
@@ -21,14 +28,14 @@ void checkPath(const Target& target)
     struct stat status;
     if (::stat(target.path.c_str(), &status) == 0) {
         if (S_ISDIR(status.st_mode))
-            throw makeError(CodeCannotOpen, target.path + " is a directory");
+            throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailFolder, shown(target));
         if (!S_ISREG(status.st_mode))
-            throw makeError(CodeCannotOpen, target.path + " is not a file");
+            throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailNotFile, shown(target));
         return;
     }
     if (errno != ENOENT || !target.mayCreate || target.readOnly)
         throw makeError(CodeCannotOpen,
-                        target.path + ": " + std::generic_category().message(errno));
+                        fromClient(target.path + ": " + std::generic_category().message(errno)));
 }
 
 void configure(sqlite3* db, const Target& target)
@@ -86,7 +93,7 @@ Connection openFile(const Target& target)
         throw makeError(CodeNoMemory);
     if (result != SQLITE_OK)
         throw makeEngineError(codeOf(result), sqlite3_extended_errcode(db.get()),
-                              target.path + ": " + sqlite3_errmsg(db.get()));
+                              shown(target) + ": " + sqlite3_errmsg(db.get()));
     configure(db.get(), target);
     run(db.get(), "PRAGMA cell_size_check = ON; PRAGMA mmap_size = 0");
     if (target.readOnly)

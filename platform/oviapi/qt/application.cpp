@@ -98,7 +98,7 @@ std::string environment(const char* name)
 
 std::string homeFolder()
 {
-    const std::string home = environment("HOME");
+    std::string home = environment("HOME");
     if (!home.empty())
         return home;
     const passwd* user = ::getpwuid(::getuid());
@@ -317,10 +317,13 @@ void Application::start(int argc, char** argv)
 int Application::run(int argc, char** argv)
 {
     start(argc, argv);
+    const auto count = static_cast<size_t>(m_toolkit->argc);
     std::vector<std::wstring> texts;
-    for (int i = 0; i < m_toolkit->argc; ++i)
-        texts.push_back(localeToWide(m_toolkit->argv[static_cast<size_t>(i)]));
+    texts.reserve(count);
+    for (size_t i = 0; i < count; ++i)
+        texts.push_back(localeToWide(m_toolkit->argv[i]));
     std::vector<wchar_t*> wide;
+    wide.reserve(count + 1);
     for (std::wstring& text : texts)
         wide.push_back(text.data());
     wide.push_back(nullptr);

@@ -4,7 +4,7 @@
 
 #include <QHelpEvent>
 #include <QMouseEvent>
-#include <QScrollBar>
+#include <QStyleOptionSlider>
 #include <QToolTip>
 
 #include <oviapi/painter.h>
@@ -15,6 +15,33 @@
 #include "keys.h"
 
 namespace OviAPI {
+
+// Painting a bar takes longer than painting a row, and on a long range most steps move the thumb by
+// less than a pixel.
+void ThriftyBar::place(int value)
+{
+    const QRect before = thumb();
+    const bool off = testAttribute(Qt::WA_UpdatesDisabled);
+    setAttribute(Qt::WA_UpdatesDisabled);
+    setValue(value);
+    setAttribute(Qt::WA_UpdatesDisabled, off);
+    if (thumb() != before)
+        update();
+}
+
+QRect ThriftyBar::thumb() const
+{
+    QStyleOptionSlider option;
+    initStyleOption(&option);
+    return style()->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, this);
+}
+
+ScrollArea::ScrollArea(aCApsWnd& window)
+    : owner(window)
+{
+    setHorizontalScrollBar(new ThriftyBar(Qt::Horizontal)); // both owned by the area
+    setVerticalScrollBar(new ThriftyBar(Qt::Vertical));
+}
 
 // The thumb has been dragged, or something inside the toolkit has moved a bar.
 void ScrollArea::scrollContentsBy(int, int)
@@ -68,8 +95,9 @@ void ScrollNative::applyBar(ScrollBar which)
 void ScrollNative::applyPosition(ScrollBar which)
 {
     const aCApsWnd::Bar& state = m_window.m_bars[which];
+    auto* slider = static_cast<ThriftyBar*>(bar(which));
     const bool outer = std::exchange(area()->silent, true);
-    bar(which)->setValue(ScrollMap(state.last).sliderFor(state.position));
+    slider->place(ScrollMap(state.last).sliderFor(state.position));
     area()->silent = outer;
 }
 

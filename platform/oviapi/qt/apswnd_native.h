@@ -3,6 +3,7 @@
 
 #include <QAbstractScrollArea>
 #include <QPointer>
+#include <QScrollBar>
 
 #include <oviapi/apswnd.h>
 
@@ -10,12 +11,20 @@
 
 namespace OviAPI {
 
+// A scroll bar that is painted again only when its thumb has moved.
+class ThriftyBar : public QScrollBar {
+public:
+    using QScrollBar::QScrollBar;
+
+    void place(int value);
+
+private:
+    QRect thumb() const;
+};
+
 class ScrollArea : public QAbstractScrollArea {
 public:
-    explicit ScrollArea(aCApsWnd& window)
-        : owner(window)
-    {
-    }
+    explicit ScrollArea(aCApsWnd& window);
 
     aCApsWnd& owner;
     // Set while the framework itself moves a bar.

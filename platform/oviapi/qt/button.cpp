@@ -31,7 +31,20 @@ struct ButtonNative : public Native {
             hot = event->type() == QEvent::Enter;
             showIcon();
         }
+        // While a button has the focus it is the one that Enter presses, and looks like it.
+        if (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)
+            showDefault(event->type() == QEvent::FocusIn);
         return Native::filterWidget(event);
+    }
+
+    void showDefault(bool focused)
+    {
+        const auto* form = dynamic_cast<const WForm*>(objectOf(button->window()));
+        const WButton* usual = form ? form->defaultButton() : nullptr;
+        auto* other = qobject_cast<QPushButton*>(widgetOf(usual));
+        if (other && other != button)
+            other->setDefault(!focused);
+        button->setDefault(focused || other == button);
     }
 
     void showIcon()
@@ -92,9 +105,10 @@ void WButton::applyTo(Native& native)
         target.button->setIconSize(QSize(normal.width(), normal.height()));
     const bool pictureAlone = (style() & PictureOnly) && !normal.isNull();
     target.button->setText(pictureAlone ? QString() : toQString(m_text));
-    if (accessibleName().empty()) // else the name is the caption's
-        target.button->setAccessibleName(pictureAlone ? toQString(m_text) : QString());
-    target.button->setDefault(m_defaultOf != nullptr);
+    const QString name = pictureAlone ? toQString(m_text) : QString();
+    if (accessibleName().empty() && target.button->accessibleName() != name)
+        target.button->setAccessibleName(name); // where the caption is not seen
+    target.button->setDefault(m_defaultOf != nullptr || target.button->hasFocus());
     target.showIcon();
 }
 

@@ -3,9 +3,15 @@
 #include <algorithm>
 
 #include <QAbstractItemView>
+#include <QAbstractSpinBox>
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+
+#include <oviapi/static.h>
+
+#include "native.h"
+#include "srcview.h"
 
 namespace OviAPI {
 
@@ -17,7 +23,8 @@ constexpr int farthest = 200;                      // px between a label and wha
 bool needsName(const QWidget& widget)
 {
     if (!qobject_cast<const QLineEdit*>(&widget) && !qobject_cast<const QComboBox*>(&widget) &&
-        !qobject_cast<const QAbstractItemView*>(&widget))
+        !qobject_cast<const QAbstractItemView*>(&widget) &&
+        !qobject_cast<const QAbstractSpinBox*>(&widget) && !dynamic_cast<const SrcArea*>(&widget))
         return false;
     return widget.accessibleName().isEmpty() || widget.property(namedByLabel).toBool();
 }
@@ -38,6 +45,12 @@ int distance(const QRect& label, const QRect& widget)
     return 3 * farthest;
 }
 
+// The toolkit reads a list's label to nobody.
+bool takesNameFrom(const QWidget& widget)
+{
+    return qobject_cast<const QAbstractItemView*>(&widget);
+}
+
 QString withoutMnemonic(const QString& text)
 {
     QString plain;
@@ -49,7 +62,77 @@ QString withoutMnemonic(const QString& text)
     return plain;
 }
 
+bool hasMnemonic(const QString& text)
+{
+    for (qsizetype i = 0; i + 1 < text.size(); ++i) {
+        if (text[i] != '&')
+            continue;
+        if (text[i + 1] != '&')
+            return true;
+        ++i; // an ampersand itself
+    }
+    return false;
+}
+
+bool isNeighbourOf(const QLabel& label, const QWidget& widget)
+{
+    return widget.parentWidget() == label.parentWidget() && (widget.focusPolicy() & Qt::TabFocus) &&
+           widget.isVisibleTo(label.window());
+}
+
+// What stands beside or below the label and takes the focus; null when nothing is near.
+QWidget* nearestControl(const QLabel& label)
+{
+    QWidget* nearest = nullptr;
+    int least = 2 * farthest + 1;
+    for (QWidget* widget :
+         label.parentWidget()->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+        if (!isNeighbourOf(label, *widget))
+            continue;
+        const int d = distance(label.geometry(), widget->geometry());
+        if (d < least) {
+            nearest = widget;
+            least = d;
+        }
+    }
+    return nearest;
+}
+
+// The next widget behind the label, in the order of Tab, that takes the focus.
+QWidget* nextControl(const QWidget& label)
+{
+    const QWidget* const window = label.window();
+    for (QWidget* next = label.nextInFocusChain(); next && next != &label;
+         next = next->nextInFocusChain()) {
+        if (next == window)
+            return nullptr; // behind the last control the chain begins anew
+        if ((next->focusPolicy() & Qt::TabFocus) && next->isVisibleTo(window))
+            return next;
+    }
+    return nullptr;
+}
+
+QWidget* controlOf(const QLabel& label)
+{
+    QWidget* nearest = nearestControl(label);
+    return nearest ? nearest : nextControl(label);
+}
+
 } // namespace
+
+void joinLabels(QWidget* surface)
+{
+    for (QLabel* label : surface->findChildren<QLabel*>()) {
+        const auto* owner = dynamic_cast<const WStatic*>(objectOf(label));
+        if (!owner || widgetOf(owner) != label)
+            continue; // inside a control of the toolkit
+        const WVisualObject* buddy = owner->buddy();
+        if (buddy && widgetOf(buddy))
+            label->setBuddy(widgetOf(buddy));
+        else if (!label->buddy() && hasMnemonic(label->text()))
+            label->setBuddy(controlOf(*label));
+    }
+}
 
 void nameControls(QWidget* surface)
 {
@@ -63,6 +146,10 @@ void nameControls(QWidget* surface)
         const auto labels =
             widget->parentWidget()->findChildren<QLabel*>(QString(), Qt::FindDirectChildrenOnly);
         for (const QLabel* label : labels) {
+            if (label->buddy() == widget && takesNameFrom(*widget)) {
+                best = label;
+                break;
+            }
             named = named || label->buddy() == widget;
             const int d = distance(label->geometry(), widget->geometry());
             if (!label->buddy() && d < bestDistance) {

@@ -17,6 +17,7 @@
 #include <oviapi/dialog.h>
 #include <oviapi/menu.h>
 
+#include "accessiblerole.h"
 #include "controlnames.h"
 #include "convert.h"
 #include "formnative.h"
@@ -56,7 +57,77 @@ void WForm::FormNative::layOut()
     const int barHeight = bar ? bar->heightForWidth(widget->width()) : 0;
     if (bar)
         bar->setGeometry(0, 0, widget->width(), barHeight);
-    surface->setGeometry(0, barHeight, widget->width(), std::max(0, widget->height() - barHeight));
+    const QPointer<Native> alive(this);
+    int upper = barHeight;
+    int lower = widget->height();
+    placeStrips(Edge::Upper, upper, lower);
+    if (alive)
+        placeStrips(Edge::Lower, upper, lower);
+    if (alive)
+        surface->setGeometry(0, upper, widget->width(), std::max(0, lower - upper));
+}
+
+// Handlers of the bars may take any of them, or the form, away.
+void WForm::FormNative::placeStrips(Edge edge, int& upper, int& lower)
+{
+    const QPointer<Native> alive(this);
+    const std::vector<Strip> strips = m_strips;
+    for (const Strip& strip : strips) {
+        if (strip.edge != edge || !isDocked(*strip.object))
+            continue;
+        const QWidget* shown = widgetOf(strip.object);
+        if (!shown || shown->isHidden())
+            continue;
+        const int height = shown->sizeHint().height();
+        lower -= edge == Edge::Lower ? height : 0;
+        const int top = edge == Edge::Lower ? lower : upper;
+        upper += edge == Edge::Upper ? height : 0;
+        strip.object->WVisualObject::doMove(0, top, widget->width(), height);
+        if (!alive)
+            return;
+    }
+}
+
+WForm::FormNative* WForm::FormNative::around(const WVisualObject& strip)
+{
+    auto* form = dynamic_cast<WForm*>(strip.parent());
+    return form ? static_cast<FormNative*>(form->native()) : nullptr;
+}
+
+bool WForm::FormNative::isDocked(const WVisualObject& strip) const
+{
+    return std::any_of(m_strips.begin(), m_strips.end(),
+                       [&](const Strip& each) { return each.object == &strip; });
+}
+
+void WForm::FormNative::dock(WVisualObject& strip, Edge edge)
+{
+    // Behind all siblings, whose order of stacking is that of widgets on the surface.
+    while (auto* behind = dynamic_cast<WVisualObject*>(strip.nextSibling())) {
+        if (!behind->placeInFrontOf(strip))
+            break;
+    }
+    QWidget* shown = widgetOf(&strip);
+    const bool hidden = shown->isHidden();
+    shown->setParent(widget);
+    shown->setVisible(!hidden);
+    m_strips.push_back({&strip, edge});
+    layOutAgain();
+}
+
+void WForm::FormNative::undock(const WVisualObject& strip)
+{
+    // Later: the form may be going as well.
+    if (std::erase_if(m_strips, [&](const Strip& each) { return each.object == &strip; }) > 0)
+        QCoreApplication::postEvent(widget, new QEvent(QEvent::LayoutRequest));
+}
+
+void WForm::FormNative::layOutAgain()
+{
+    const QPointer<Native> alive(this);
+    layOut();
+    if (alive)
+        checkClientSize();
 }
 
 void WForm::FormNative::fillBar()
@@ -71,8 +142,7 @@ void WForm::FormNative::fillBar()
         bar->addActions(MenuAccess::actions(*menu));
         bar->show();
     }
-    layOut();
-    checkClientSize();
+    layOutAgain();
 }
 
 bool WForm::FormNative::filterWidget(QEvent* event)
@@ -87,9 +157,8 @@ bool WForm::FormNative::filterWidget(QEvent* event)
         layOut();
         return !alive || Native::filterWidget(event);
     case QEvent::FontChange:
-    case QEvent::LayoutRequest: // the menu bar has another height
-        layOut();
-        checkClientSize();
+    case QEvent::LayoutRequest: // the menu bar, or another one, has another height
+        layOutAgain();
         return !alive || Native::filterWidget(event);
     case QEvent::WindowStateChange:
         stateChanged(static_cast<QWindowStateChangeEvent*>(event)->oldState());
@@ -176,6 +245,7 @@ std::unique_ptr<Native> WForm::makeNative()
     if (style() & MaximizeButton)
         flags |= Qt::WindowMaximizeButtonHint;
     auto window = std::make_unique<QWidget>(nullptr, flags);
+    setRole(*window, dialog ? QAccessible::Dialog : QAccessible::Window);
     auto* inside = new QWidget(window.get()); // owned by the window
     return std::make_unique<FormNative>(*this, std::move(window), inside);
 }
@@ -211,6 +281,7 @@ void WForm::show(bool visible)
         if (QWindow* handle = window->windowHandle())
             handle->setTransientParent(
                 above && above->window() != window ? above->window()->windowHandle() : nullptr);
+        joinLabels(native()->surface);
         nameControls(native()->surface);
     }
     WVisualObject::show(visible);
@@ -373,6 +444,19 @@ void WForm::setDefaultButton(WButton* button)
     if (button)
         button->setDefaultOf(this);
     m_defaultButton = button;
+}
+
+void WForm::setTabOrder(const std::vector<WVisualObject*>& controls)
+{
+    QWidget* before = nullptr;
+    for (const WVisualObject* control : controls) {
+        QWidget* widget = widgetOf(control);
+        if (!widget)
+            continue;
+        if (before)
+            QWidget::setTabOrder(before, widget);
+        before = widget;
+    }
 }
 
 void WForm::setMenu(WMenu* menu)

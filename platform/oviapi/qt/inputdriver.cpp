@@ -70,45 +70,65 @@ QWindow* frontWindow()
     return widget->windowHandle();
 }
 
-void sendKey(int key, Qt::KeyboardModifiers modifiers, const QString& text)
+// What a key types; 0 for a key that types nothing.
+wchar_t typedBy(VirtualKey key)
 {
-    for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease}) {
-        // The window may be another one, or none, after the press.
-        if (QWindow* window = frontWindow())
-            qt_handleKeyEvent(window, type, key, modifiers, text, false, 1);
+    if (key.character() != 0)
+        return key.character();
+    if ((key.modifiers() & (ModifierControl | ModifierAlt)) != 0)
+        return 0;
+    const int code = key.getKeyboardKey();
+    const bool shift = (key.modifiers() & ModifierShift) != 0;
+    if (code >= KeyA && code <= KeyZ)
+        return static_cast<wchar_t>((shift ? L'A' : L'a') + code - KeyA);
+    if (code >= Key0 && code <= Key9)
+        return static_cast<wchar_t>(L'0' + code - Key0);
+    switch (code) {
+    case KeySpace:
+        return L' ';
+    case KeyMinus:
+        return L'-';
+    case KeyEqual:
+        return L'=';
+    case KeyPlus:
+        return L'+';
+    case KeyAsterisk:
+        return L'*';
+    default:
+        return 0;
     }
 }
 
-// A mouse as the window system reports it: every event has a time of its own, and stands where it
-// was meant to be even when the widget has moved in between.
-class Mouse {
-public:
-    Mouse(QWidget& widget, Qt::KeyboardModifiers modifiers)
-        : m_window(widget.window()->windowHandle())
-        , m_origin(widget.mapToGlobal(QPoint()))
-        , m_modifiers(modifiers)
+// A key as the toolkit tells it.
+struct Stroke {
+    int key;
+    Qt::KeyboardModifiers modifiers;
+    QString text;
+
+    explicit Stroke(VirtualKey from)
+        : key(qtKey(from.getKeyboardKey()))
+        , modifiers(qtModifiers(from.modifiers()))
     {
+        if (const wchar_t typed = typedBy(from))
+            text = QString::fromWCharArray(&typed, 1);
+    }
+    explicit Stroke(wchar_t character)
+        : text(QString::fromWCharArray(&character, 1))
+    {
+        key = text.at(0).toUpper().unicode();
     }
 
-    void press(Point point) { send(QEvent::MouseButtonPress, point, Qt::LeftButton); }
-    void move(Point point) { send(QEvent::MouseMove, point, Qt::LeftButton); }
-    void release(Point point) { send(QEvent::MouseButtonRelease, point, Qt::NoButton); }
-
-private:
-    void send(QEvent::Type type, Point point, Qt::MouseButtons buttons)
+    void send(QWindow* window, QEvent::Type type) const
     {
-        static int time = 0;
-        if (!m_window)
-            return;
-        const QPoint global = m_origin + QPoint(point.x, point.y);
-        const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
-        qt_handleMouseEvent(m_window, m_window->mapFromGlobal(global), global, buttons, button,
-                            type, m_modifiers, ++time);
+        if (window)
+            qt_handleKeyEvent(window, type, key, modifiers, text, false, 1);
     }
-
-    QPointer<QWindow> m_window;
-    QPoint m_origin; // of the widget, on the screen
-    Qt::KeyboardModifiers m_modifiers;
+    void sendToFront() const
+    {
+        // The window may be another one, or none, after the press.
+        send(frontWindow(), QEvent::KeyPress);
+        send(frontWindow(), QEvent::KeyRelease);
+    }
 };
 
 QWidget* surfaceOf(const WVisualObject& object)
@@ -116,35 +136,110 @@ QWidget* surfaceOf(const WVisualObject& object)
     return object.native() ? object.native()->surface.data() : nullptr;
 }
 
-// Runs work(mouse) from the event loop, on the object's client area.
+QWindow* windowOf(const WVisualObject& object)
+{
+    const QWidget* surface = surfaceOf(object);
+    return surface ? surface->window()->windowHandle() : nullptr;
+}
+
+Qt::MouseButton toQt(InputDriver::Button button)
+{
+    switch (button) {
+    case InputDriver::Button::Right:
+        return Qt::RightButton;
+    case InputDriver::Button::Middle:
+        return Qt::MiddleButton;
+    case InputDriver::Button::Left:
+        break;
+    }
+    return Qt::LeftButton;
+}
+
+// Runs work(mouse) from the event loop, on the object's client area as it is then.
 template<class Work>
 void withMouse(const WVisualObject& object, int modifiers, Work work)
 {
-    later([surface = QPointer<QWidget>(surfaceOf(object)), modifiers, work] {
-        if (!surface)
+    later([&object, life = object.life(), modifiers, work] {
+        if (life.expired())
             return;
-        Mouse mouse(*surface, qtModifiers(modifiers));
+        InputDriver::Mouse mouse(object, modifiers);
         work(mouse);
     });
 }
 
 } // namespace
 
+// A mouse as the window system reports it: every event has a time of its own, and stands where it
+// was meant to be even when the widget has moved in between.
+struct InputDriver::Mouse::Native {
+    QPointer<QWindow> window;
+    QPoint origin; // of the widget, on the screen
+    Qt::KeyboardModifiers modifiers;
+
+    static inline Qt::MouseButtons down;
+    static inline int time = 0; // ms
+
+    void send(QEvent::Type type, Point point, Qt::MouseButton button)
+    {
+        if (type != QEvent::MouseMove)
+            down.setFlag(button, type == QEvent::MouseButtonPress);
+        if (!window)
+            return;
+        const QPoint global = origin + QPoint(point.x, point.y);
+        qt_handleMouseEvent(window, window->mapFromGlobal(global), global, down, button, type,
+                            modifiers, ++time);
+    }
+};
+
+InputDriver::Mouse::Mouse(const WVisualObject& object, int modifiers)
+{
+    if (const QWidget* surface = surfaceOf(object))
+        m_native = std::make_unique<Native>(
+            Native{windowOf(object), surface->mapToGlobal(QPoint()), qtModifiers(modifiers)});
+}
+
+InputDriver::Mouse::~Mouse() = default;
+InputDriver::Mouse::Mouse(Mouse&& other) noexcept = default;
+InputDriver::Mouse& InputDriver::Mouse::operator=(Mouse&& other) noexcept = default;
+
+void InputDriver::Mouse::press(Point point, Button button)
+{
+    if (m_native)
+        m_native->send(QEvent::MouseButtonPress, point, toQt(button));
+}
+
+void InputDriver::Mouse::move(Point point)
+{
+    if (m_native)
+        m_native->send(QEvent::MouseMove, point, Qt::NoButton);
+}
+
+void InputDriver::Mouse::release(Point point, Button button)
+{
+    if (!m_native)
+        return;
+    m_native->send(QEvent::MouseButtonRelease, point, toQt(button));
+    Native::time += 2 * QApplication::doubleClickInterval();
+}
+
+void InputDriver::Mouse::doubleClick(Point point, Button button)
+{
+    press(point, button);
+    if (m_native)
+        m_native->send(QEvent::MouseButtonRelease, point, toQt(button));
+    press(point, button);
+    release(point, button);
+}
+
 void InputDriver::key(VirtualKey key)
 {
-    const Qt::Key code = qtKey(key.getKeyboardKey());
-    const wchar_t character = key.character();
-    const QString text = character ? QString::fromWCharArray(&character, 1) : QString();
-    later(
-        [code, modifiers = qtModifiers(key.modifiers()), text] { sendKey(code, modifiers, text); });
+    later([stroke = Stroke(key)] { stroke.sendToFront(); });
 }
 
 void InputDriver::type(std::wstring_view text)
 {
-    for (const wchar_t character : text) {
-        const QString one = QString::fromWCharArray(&character, 1);
-        later([one] { sendKey(one.at(0).toUpper().unicode(), Qt::NoModifier, one); });
-    }
+    for (const wchar_t character : text)
+        later([stroke = Stroke(character)] { stroke.sendToFront(); });
 }
 
 void InputDriver::click(const WVisualObject& object, Point point, int modifiers)
@@ -157,12 +252,7 @@ void InputDriver::click(const WVisualObject& object, Point point, int modifiers)
 
 void InputDriver::doubleClick(const WVisualObject& object, Point point)
 {
-    withMouse(object, ModifierNone, [point](Mouse& mouse) {
-        for (int i = 0; i < 2; ++i) {
-            mouse.press(point);
-            mouse.release(point);
-        }
-    });
+    withMouse(object, ModifierNone, [point](Mouse& mouse) { mouse.doubleClick(point); });
 }
 
 void InputDriver::drag(const WVisualObject& object, Point from, Point to)
@@ -173,6 +263,26 @@ void InputDriver::drag(const WVisualObject& object, Point from, Point to)
         mouse.move(to);
         mouse.release(to);
     });
+}
+
+void InputDriver::pressKey(const WVisualObject& object, VirtualKey key)
+{
+    Stroke(key).send(windowOf(object), QEvent::KeyPress);
+}
+
+void InputDriver::releaseKey(const WVisualObject& object, VirtualKey key)
+{
+    Stroke(key).send(windowOf(object), QEvent::KeyRelease);
+}
+
+void InputDriver::typeNow(const WVisualObject& object, std::wstring_view text)
+{
+    const QPointer<QWindow> window = windowOf(object);
+    for (const wchar_t character : text) {
+        const Stroke stroke(character);
+        stroke.send(window, QEvent::KeyPress);
+        stroke.send(window, QEvent::KeyRelease);
+    }
 }
 
 } // namespace OviAPI

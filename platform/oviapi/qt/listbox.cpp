@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include <QComboBox>
 #include <QListWidget>
 #include <QSignalBlocker>
 
@@ -16,11 +15,6 @@ namespace {
 QListWidget* listOf(const WVisualObject& object)
 {
     return object.native() ? object.native()->as<QListWidget>() : nullptr;
-}
-
-QComboBox* comboOf(const WVisualObject& object)
-{
-    return object.native() ? object.native()->as<QComboBox>() : nullptr;
 }
 
 } // namespace
@@ -54,17 +48,21 @@ void WLineList::removeLine(int line)
     if (!inRange(line))
         return;
     m_lines.erase(m_lines.begin() + line);
-    if (m_current == line)
+    const bool wasCurrent = m_current == line;
+    if (wasCurrent)
         m_current = -1;
     else if (m_current > line)
         --m_current;
     removeNative(line);
     setNativeCurrent(m_current);
+    if (wasCurrent)
+        currentChanged();
 }
 
 void WLineList::clear()
 {
-    while (lineCount() > 0)
+    const std::weak_ptr<const void> alive = life();
+    while (!alive.expired() && lineCount() > 0)
         removeLine(lineCount() - 1);
 }
 
@@ -101,8 +99,11 @@ int WLineList::findCargo(const void* cargo) const
 
 void WLineList::setCurrentLine(int line)
 {
+    const int before = m_current;
     m_current = inRange(line) ? line : -1;
     setNativeCurrent(m_current);
+    if (m_current != before)
+        currentChanged();
 }
 
 void WLineList::userSelected(int line)
@@ -110,7 +111,10 @@ void WLineList::userSelected(int line)
     if (line == m_current)
         return;
     m_current = inRange(line) ? line : -1;
-    dispatch<&WLineList::onSelect>(*this);
+    const std::weak_ptr<const void> alive = life();
+    currentChanged();
+    if (!alive.expired())
+        dispatch<&WLineList::onSelect>(*this);
 }
 
 WListBox::WListBox() = default;
@@ -162,51 +166,6 @@ void WListBox::setNativeCurrent(int line)
     if (QListWidget* list = listOf(*this)) {
         const QSignalBlocker quiet(list);
         list->setCurrentRow(line);
-    }
-}
-
-WComboBox::WComboBox() = default;
-WComboBox::~WComboBox() = default;
-
-std::unique_ptr<Native> WComboBox::makeNative()
-{
-    auto combo = std::make_unique<QComboBox>();
-    for (int i = 0; i < lineCount(); ++i)
-        combo->addItem(toQString(lineText(i)));
-    combo->setCurrentIndex(currentLine());
-    auto native = std::make_unique<Native>(*this, std::move(combo));
-    QObject::connect(native->as<QComboBox>(), &QComboBox::currentIndexChanged, native.get(),
-                     [this](int line) { barrier([&] { userSelected(line); }); });
-    return native;
-}
-
-void WComboBox::insertNative(int line)
-{
-    if (QComboBox* combo = comboOf(*this)) {
-        const QSignalBlocker quiet(combo);
-        combo->insertItem(line, toQString(lineText(line)));
-    }
-}
-
-void WComboBox::removeNative(int line)
-{
-    if (QComboBox* combo = comboOf(*this)) {
-        const QSignalBlocker quiet(combo);
-        combo->removeItem(line);
-    }
-}
-
-void WComboBox::setNativeText(int line)
-{
-    if (QComboBox* combo = comboOf(*this))
-        combo->setItemText(line, toQString(lineText(line)));
-}
-
-void WComboBox::setNativeCurrent(int line)
-{
-    if (QComboBox* combo = comboOf(*this)) {
-        const QSignalBlocker quiet(combo);
-        combo->setCurrentIndex(line);
     }
 }
 

@@ -8,6 +8,7 @@
 #include <QPushButton>
 
 #include <oviapi/application.h>
+#include <oviapi/phrases.h>
 #include <oviapi/text.h>
 
 #include "convert.h"
@@ -20,27 +21,25 @@ namespace {
 
 struct ButtonKind {
     int bit;
-    int caption;
-    const wchar_t* english;
+    Phrase caption;
     QMessageBox::ButtonRole role;
 };
 
 // In the order in which one becomes the default button.
 constexpr ButtonKind kinds[] = {
-    {MsgBox::Yes, MsgBox::YesText, L"&Yes", QMessageBox::YesRole},
-    {MsgBox::Ok, MsgBox::OkText, L"OK", QMessageBox::AcceptRole},
-    {MsgBox::No, MsgBox::NoText, L"&No", QMessageBox::NoRole},
-    {MsgBox::Cancel, MsgBox::CancelText, L"Cancel", QMessageBox::RejectRole},
+    {MsgBox::Yes, Phrase::Yes, QMessageBox::YesRole},
+    {MsgBox::Ok, Phrase::Ok, QMessageBox::AcceptRole},
+    {MsgBox::No, Phrase::No, QMessageBox::NoRole},
+    {MsgBox::Cancel, Phrase::Cancel, QMessageBox::RejectRole},
 };
 constexpr int allButtons = MsgBox::Ok | MsgBox::Cancel | MsgBox::Yes | MsgBox::No;
 
-QString captionOf(const ButtonKind& kind)
+void takeControlFont(QMessageBox& box)
 {
-    wchar_t text[256] = L"";
     Application* application = Application::instance();
-    if (application && application->loadRRSString(kind.caption, text, 256, -1) && *text)
-        return toQString(text);
-    return toQString(kind.english);
+    const Font* font = application ? application->fontForRole(Application::ControlFont) : nullptr;
+    if (font && !font->isEmpty())
+        box.setFont(toQFont(*font));
 }
 
 // What closing the box stands for; 0 when it stands for nothing.
@@ -81,7 +80,7 @@ int MsgBox::showEx(const wchar_t* title, const wchar_t* text, int buttons, int d
     for (const ButtonKind& kind : kinds) {
         if (!(buttons & kind.bit))
             continue;
-        QPushButton* button = box.addButton(captionOf(kind), kind.role);
+        QPushButton* button = box.addButton(toQString(phrase(kind.caption)), kind.role);
         QObject::connect(button, &QPushButton::clicked, &box,
                          [&result, &kind] { result = kind.bit; });
         if (!box.defaultButton() || kind.bit == defaultButton)
@@ -89,6 +88,7 @@ int MsgBox::showEx(const wchar_t* title, const wchar_t* text, int buttons, int d
         if (kind.bit == escape)
             box.setEscapeButton(button);
     }
+    takeControlFont(box);
     QEventLoop loop;
     LocalLoop local([&] { loop.quit(); });
     QObject::connect(&box, &QDialog::finished, &loop, &QEventLoop::quit);

@@ -30,6 +30,12 @@ QHash<const QObject*, Native*>& natives()
     return map;
 }
 
+void forget(const QObject* object, const Native& native)
+{
+    if (natives().value(object) == &native)
+        natives().remove(object);
+}
+
 QWidget* defaultSurface(QWidget* widget)
 {
     if (auto* area = qobject_cast<QAbstractScrollArea*>(widget))
@@ -109,8 +115,14 @@ Native::Native(WVisualObject& object, std::unique_ptr<QWidget> made, QWidget* in
 
 Native::~Native()
 {
-    natives().removeIf(
-        [this](QHash<const QObject*, Native*>::iterator entry) { return entry.value() == this; });
+    if (widget && surface) {
+        forget(widget, *this);
+        forget(surface, *this);
+    } else { // the toolkit has destroyed one of them: its address is not known any more
+        natives().removeIf([this](QHash<const QObject*, Native*>::iterator entry) {
+            return entry.value() == this;
+        });
+    }
     if (surface)
         surface->removeEventFilter(this);
     if (!widget)

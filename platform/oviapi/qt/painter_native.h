@@ -44,6 +44,16 @@ struct Painter::Native {
     int thickness() const;
     // A pen of this thickness, for coordinates in device pixels.
     QPen linePen() const;
+
+    // What lines are drawn with.
+    struct Lines {
+        QPainter* qt;
+        QPen pen;
+        double ratio;
+        int thickness;
+    };
+    // Nothing when lines cannot be seen.
+    std::optional<Lines> lines();
 };
 
 // For coordinates in device pixels; ratio: device pixels per pixel.

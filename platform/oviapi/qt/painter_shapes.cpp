@@ -214,6 +214,14 @@ QPen Painter::Native::linePen() const
     return pen;
 }
 
+std::optional<Painter::Native::Lines> Painter::Native::lines()
+{
+    QPainter* qt = begin();
+    if (!qt || state.pen.style() == Pen::None)
+        return std::nullopt;
+    return Lines{qt, linePen(), ratio(), thickness()};
+}
+
 void Painter::drawLine(int x1, int y1, int x2, int y2)
 {
     const Point ends[] = {{x1, y1}, {x2, y2}};
@@ -222,12 +230,10 @@ void Painter::drawLine(int x1, int y1, int x2, int y2)
 
 void Painter::drawLines(std::span<const Point> points)
 {
-    QPainter* qt = m_native ? m_native->begin() : nullptr;
-    const QPen pen = qt ? m_native->linePen() : QPen(Qt::NoPen);
-    if (pen.style() == Qt::NoPen)
+    const auto tools = m_native ? m_native->lines() : std::nullopt;
+    if (!tools)
         return;
-    const double ratio = m_native->ratio();
-    const int thickness = m_native->thickness();
+    const auto& [qt, pen, ratio, thickness] = *tools;
     const DevicePixels scope(*qt, ratio);
     for (size_t i = 0; i + 1 < points.size(); i += 2) {
         const Point from = points[i];
@@ -245,12 +251,10 @@ void Painter::drawLines(std::span<const Point> points)
 
 void Painter::drawPolyline(std::span<const Point> points)
 {
-    QPainter* qt = m_native ? m_native->begin() : nullptr;
-    const QPen pen = qt ? m_native->linePen() : QPen(Qt::NoPen);
-    if (pen.style() == Qt::NoPen)
+    const auto tools = m_native ? m_native->lines() : std::nullopt;
+    if (!tools)
         return;
-    const double ratio = m_native->ratio();
-    const int thickness = m_native->thickness();
+    const auto& [qt, pen, ratio, thickness] = *tools;
     QList<QLineF> lines;
     lines.reserve(static_cast<qsizetype>(points.size()));
     for (size_t i = 0; i + 1 < points.size(); ++i) {

@@ -30,11 +30,6 @@ QFont italicOf(QFont font)
     return font;
 }
 
-bool isNumeral(ushort c)
-{
-    return (c >= '0' && c <= '9') || c == '-' || c == '.' || c == ':' || c == ' ' || c == '+';
-}
-
 Qt::Alignment qtAlignment(uint32_t flags)
 {
     Qt::Alignment alignment = (flags & TextRight) != 0    ? Qt::AlignRight
@@ -51,21 +46,8 @@ Qt::Alignment qtAlignment(uint32_t flags)
 RecordFace::RecordFace(const QFont& f)
     : font(f)
     , metrics(f)
-    , widest(metrics.maxWidth())
+    , letters(f)
 {
-    for (const char c : {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', '-', '.', ':', ' ', '+'})
-        advance[static_cast<size_t>(c)] = metrics.horizontalAdvance(QLatin1Char(c));
-}
-
-int RecordFace::width(const QString& text) const
-{
-    int sum = 0;
-    for (const QChar c : text) {
-        if (!isNumeral(c.unicode()))
-            return metrics.horizontalAdvance(text);
-        sum += advance[c.unicode()];
-    }
-    return sum;
 }
 
 RecordFaces::RecordFaces(const QFont& font)
@@ -125,7 +107,7 @@ QColor RecordPainter::mixed(const QColor& over, double share) const
                   mix(over.blue(), base.blue()));
 }
 
-const RecordFace& RecordPainter::faceOf(const aCColumn& column)
+RecordFace& RecordPainter::faceOf(const aCColumn& column)
 {
     if (column.cellFont.isEmpty())
         return faces.plain;
@@ -163,8 +145,10 @@ void RecordPainter::drawRows()
         const QRect line(cells.left(), y, cells.width(), height);
         if (area.right() >= cells.left())
             drawRow(row, line);
+        flush(); // before the clip changes
         if (area.left() < cells.left())
             drawRowHeader(row, QRect(0, y, cells.left(), height));
+        flush();
     }
     qt->setClipRect(below); // each row has set its own
     if (used <= area.bottom())
@@ -245,32 +229,50 @@ void RecordPainter::drawValue(const Cell& cell, const QColor& color)
         drawMark(cell.rect, state);
 }
 
-void RecordPainter::drawText(const QRect& rect, const RecordFace& with, std::wstring_view text,
+void RecordPainter::drawText(const QRect& rect, RecordFace& with, std::wstring_view text,
                              bool right)
 {
     if (text.empty() || rect.width() <= 0)
         return;
-    QString line = toQString(shownLine(text));
-    // Measuring lays the text out; most texts are so short that they fit whatever is in them.
-    const bool latin = std::all_of(line.begin(), line.end(), [](QChar c) { return c < u'\u0250'; });
-    const auto most = static_cast<int64_t>(line.size()) * with.widest;
-    int width = 0;
-    if (right || !latin || most > rect.width()) {
-        width = with.width(line);
-        if (width > rect.width()) {
-            line = with.metrics.elidedText(line, Qt::ElideRight, rect.width());
-            width = with.metrics.horizontalAdvance(line);
-        }
-    }
-    const int x = right ? std::max(rect.left(), rect.right() + 1 - width) : rect.left();
     const int height = with.metrics.ascent() + with.metrics.descent();
     const int base = rect.top() + (rect.height() - height) / 2 + with.metrics.ascent();
+    const auto start = [&rect, right](int width) {
+        return right ? std::max(rect.left(), rect.right() + 1 - width) : rect.left();
+    };
+    QString line = toQString(shownLine(text));
+    if (with.letters.layOut(line, with.line)) {
+        if (with.line.width > rect.width())
+            with.letters.elide(with.line, rect.width());
+        const int x = start(qRound(with.line.width));
+        const QColor color = qt->pen().color();
+        if (waitingFace != &with || waitingColor != color)
+            flush();
+        waitingFace = &with;
+        waitingColor = color;
+        PlainFont::add(waiting, with.line, QPointF(x, base));
+        return;
+    }
+    int width = with.metrics.horizontalAdvance(line);
+    if (width > rect.width()) {
+        line = with.metrics.elidedText(line, Qt::ElideRight, rect.width());
+        width = with.metrics.horizontalAdvance(line);
+    }
     qt->setFont(with.font);
-    qt->drawText(QPointF(x, base), line);
+    qt->drawText(QPointF(start(width), base), line);
+}
+
+void RecordPainter::flush()
+{
+    if (waiting.glyphs.empty())
+        return;
+    qt->setPen(waitingColor);
+    waitingFace->letters.draw(*qt, QPointF(), waiting);
+    waiting = {};
 }
 
 void RecordPainter::drawMark(const QRect& rect, unsigned state)
 {
+    flush(); // the mark lies over the text
     const QPoint corner = rect.topRight();
     const QPoint points[] = {corner - QPoint(markSize, 0), corner + QPoint(1, 0),
                              corner + QPoint(1, markSize + 1)};
@@ -335,26 +337,33 @@ void RecordPainter::drawLines()
 {
     const int height = std::max(view.m_broker->rowHeight, 1);
     const long last = std::min(view.m_rows, view.m_firstRow + view.GetRowOnPage());
-    const int bottom =
-        cells.top() + static_cast<int>(std::max(0L, last - view.m_firstRow + 1)) * height;
-    qt->setClipRect(cells.intersected(area));
-    qt->setPen(QPen(mixed(palette.color(QPalette::Text), 0.18), 0));
+    const auto yOf = [&](long row) {
+        return cells.top() + static_cast<int>(row - view.m_firstRow) * height;
+    };
+    const QRect drawn = cells.intersected(area);
+    const int top = drawn.top();
+    const int bottom = std::min(drawn.bottom() + 1, yOf(std::max(last + 1, view.m_firstRow)));
+    qt->setClipRect(drawn);
+    const QColor color = mixed(palette.color(QPalette::Text), 0.18);
+    const qreal thin = 1 / painter.pixelRatio(); // one pixel of the screen
+    const auto upright = [&](int x, int from, int to) {
+        qt->fillRect(QRectF(x + 1 - thin, from, thin, to - from), color);
+    };
     int right = cells.left();
     for (int col = firstCol; col <= lastCol; ++col) {
         right = static_cast<int>(view.columnX(col)) + view.m_columns.width(col - 1) - 1;
-        if (!view.m_faults.empty() && view.m_rows > 0) {
-            for (long row = view.m_firstRow; row <= last; ++row) { // no lines through an error text
-                const int y = cells.top() + static_cast<int>(row - view.m_firstRow) * height;
-                if (!view.m_faults.contains(row))
-                    qt->drawLine(right, y, right, y + height - 1);
-            }
-        } else if (bottom > cells.top()) {
-            qt->drawLine(right, cells.top(), right, bottom - 1);
+        if (view.m_faults.empty() || view.m_rows < 1) {
+            if (bottom > top)
+                upright(right, top, bottom);
+            continue;
         }
+        for (long row = view.m_firstRow; row <= last; ++row) // no lines through an error text
+            if (!view.m_faults.contains(row))
+                upright(right, yOf(row), yOf(row + 1));
     }
-    for (int y = cells.top() + height - 1; y < bottom; y += height)
-        if (y >= area.top() && y <= area.bottom())
-            qt->drawLine(cells.left(), y, right, y);
+    const int rowsAbove = (top - cells.top()) / height;
+    for (int y = cells.top() + (rowsAbove + 1) * height - 1; y < bottom; y += height)
+        qt->fillRect(QRectF(cells.left(), y + 1 - thin, right + 1 - cells.left(), thin), color);
 }
 
 void RecordPainter::drawRowHeader(long row, const QRect& rect)

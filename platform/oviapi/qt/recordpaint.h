@@ -1,7 +1,6 @@
 // Paints a record view.
 #pragma once
 
-#include <array>
 #include <memory>
 
 #include <QFont>
@@ -11,18 +10,18 @@
 
 #include <oviapi/recordview.h>
 
+#include "plainline.h"
+
 namespace OviAPI {
 
 // A font with what drawing needs to know of it.
 struct RecordFace {
     explicit RecordFace(const QFont& f);
-    // Width of a text; exact without laying it out when only digits and signs stand in it.
-    int width(const QString& text) const;
 
     QFont font;
     QFontMetrics metrics;
-    int widest; // upper limit of the width of a Latin character
-    std::array<int, 128> advance{};
+    PlainFont letters;
+    PlainFont::Line line; // of the text laid out last
 };
 
 // Kept by a view from one paint event to the next: measuring fonts takes longer than drawing a row.
@@ -57,7 +56,9 @@ private:
     void drawRow(long row, const QRect& line);
     void drawCell(const Cell& cell);
     void drawValue(const Cell& cell, const QColor& color);
-    void drawText(const QRect& rect, const RecordFace& face, std::wstring_view text, bool right);
+    // In the colour of the pen. Plain texts appear with the next flush.
+    void drawText(const QRect& rect, RecordFace& face, std::wstring_view text, bool right);
+    void flush();
     void drawMark(const QRect& rect, unsigned state);
     bool drawPicture(const Cell& cell);
     void drawCheck(const Cell& cell);
@@ -69,7 +70,7 @@ private:
     void drawEmpty();
     void section(const QRect& rect, bool horizontal);
     bool isSelected(int col, long row) const;
-    const RecordFace& faceOf(const aCColumn& column);
+    RecordFace& faceOf(const aCColumn& column);
     QColor mixed(const QColor& over, double share) const;
 
     aCRecordView& view;
@@ -83,6 +84,9 @@ private:
     int firstCol;
     int lastCol;
     RecordFaces& faces;
+    PlainFont::Line waiting; // texts to be drawn together, of one font and colour
+    RecordFace* waitingFace = nullptr;
+    QColor waitingColor;
 };
 
 } // namespace OviAPI

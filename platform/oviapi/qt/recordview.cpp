@@ -8,6 +8,7 @@
 #include <QToolTip>
 
 #include <oviapi/painter.h>
+#include <oviapi/phrases.h>
 #include <oviapi/recordcopy.h>
 
 #include "convert.h"
@@ -63,8 +64,8 @@ long aCRecordView::Copy(bool captions)
     data->setHtml(toQString(copy.html));
     QGuiApplication::clipboard()->setMimeData(data.release()); // the clipboard owns it
     if (copy.cut) {
-        const QString note = QStringLiteral("Only the first %1 rows have been copied.");
-        QToolTip::showText(QCursor::pos(), note.arg(copy.rows), widgetOf(this));
+        const std::wstring note = phrase(Phrase::RowsCopied, std::to_wstring(copy.rows));
+        QToolTip::showText(QCursor::pos(), toQString(note), widgetOf(this));
     }
     repaint(); // rows have been read that are not on the screen
     return static_cast<long>(copy.rows);

@@ -27,7 +27,7 @@ struct Toolkit {
     // A form has been closed by its user: ends messagePump when it was the last one.
     void formClosed();
     // Destroys the widget together with the toolkit, unless it is destroyed before.
-    void adopt(QWidget* widget) { adopted.push_back(widget); }
+    void adopt(QWidget* widget) { adopted.emplace_back(widget); }
     // Begins, changes or ends watching, as the notifiers ask for.
     void updateNotifiers();
 

@@ -1,6 +1,7 @@
 #include <oviapi/wvisualobject.h>
 
 #include <algorithm>
+#include <limits>
 
 #include <QApplication>
 
@@ -120,15 +121,19 @@ WVisualObject* WVisualObject::nativeParent() const
 void WVisualObject::attachNative()
 {
     QWidget* widget = m_native->widget;
-    applyFont();
+    if (!m_font.isEmpty())
+        applyFont();
     applyColors();
     if (m_hasCursor)
         m_native->surface->setCursor(toQtCursor(m_cursor));
     widget->setEnabled(m_enabled);
+    // Even an empty text makes the toolkit build what assistive technology asks of the widget.
     if (!m_accessibleName.empty())
         widget->setAccessibleName(toQString(m_accessibleName));
-    widget->setAccessibleDescription(toQString(m_accessibleDescription));
-    applyToolTip();
+    if (!m_accessibleDescription.empty())
+        widget->setAccessibleDescription(toQString(m_accessibleDescription));
+    if (!m_toolTip.empty())
+        applyToolTip();
     m_native->placing = true;
     widget->resize(width(), height());
     widget->move(x(), y());
@@ -214,8 +219,9 @@ bool WVisualObject::move(int left, int top, int w, int h)
 
 bool WVisualObject::doMove(int left, int top, int w, int h)
 {
-    w = std::max(w, 0);
-    h = std::max(h, 0);
+    // Right and bottom stay numbers.
+    w = std::clamp(w, 0, std::numeric_limits<int>::max() - std::max(left, 0));
+    h = std::clamp(h, 0, std::numeric_limits<int>::max() - std::max(top, 0));
     const Rect place{left, top, left + w, top + h};
     if (!m_native) {
         m_geometry = place;

@@ -1,8 +1,11 @@
+#include <clocale>
+#include <cstdlib>
 #include <string>
 
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include "support.h"
 
@@ -137,6 +140,25 @@ TEST_F(Connect, AFileNameMayHoldAnyCharacters)
         make(folder.file(name));
         EXPECT_EQ(refused(folder.file(name)), 0) << name;
     }
+}
+
+TEST_F(Connect, AFileNameIsItsBytesWhereTheLocaleIsNotUtf8)
+{
+    const std::string path = folder.file("\xC2\xC1\xDA\xC1.db"); // four letters in KOI8-R
+    const std::string before = std::setlocale(LC_CTYPE, nullptr);
+    ::setenv("LOCPATH", OVI_LOCALES, 0);
+    ASSERT_NE(std::setlocale(LC_CTYPE, "ru_RU.KOI8-R"), nullptr);
+    make(path);
+    const int again = refused(path);
+    const int folderCode = refused(folder.file(""));
+    const int missing = refused(path + "x");
+    const std::string told = message;
+    std::setlocale(LC_CTYPE, before.c_str());
+    EXPECT_EQ(again, 0);
+    EXPECT_EQ(::access(path.c_str(), R_OK), 0);
+    EXPECT_EQ(folderCode, CodeCannotOpen);
+    EXPECT_EQ(missing, CodeCannotOpen);
+    EXPECT_NE(told.find(path + "x"), std::string::npos) << told;
 }
 
 TEST_F(Connect, NoMessageHoldsAPassword)

@@ -4,6 +4,7 @@
 
 #include <dorcpp/errors.h>
 #include <dorcpp/sqlite/errors.h>
+#include <oviapi/text.h>
 
 using namespace DorCPP;
 
@@ -34,7 +35,7 @@ TEST_P(NativeCode, BecomesItsDbmsCodeAndIsCriticalOnlyWhereItMustBe)
     EXPECT_EQ(x.code(), row.code);
     EXPECT_EQ(x.engineCode(), row.native);
     EXPECT_EQ(isCritical(x), row.critical);
-    EXPECT_STREQ(x.text(), plainWords(row.code));
+    EXPECT_EQ(x.text(), OviAPI::wideToUtf8(OviAPI::phrase(phraseOf(row.code))));
     EXPECT_STREQ(x.detail(), "native words");
 }
 
@@ -68,6 +69,51 @@ TEST(NativeCodes, EveryRowOfTheTableHasPlainWords)
     std::set<int> seen;
     for (const Sqlite::ErrorRow& row : Sqlite::errorTable()) {
         EXPECT_TRUE(seen.insert(row.native).second) << row.native;
-        EXPECT_STRNE(plainWords(row.code), plainWords(CodeOther)) << row.native;
+        EXPECT_NE(phraseOf(row.code), OviAPI::Phrase::DbOther) << row.native;
     }
+}
+
+class ErrorLanguage : public ::testing::Test {
+protected:
+    ~ErrorLanguage() override { OviAPI::loadPhrases(nullptr); }
+
+    static std::string messageOf(const DorX& x)
+    {
+        char buffer[1000];
+        x.getMessage(buffer, sizeof buffer);
+        return buffer;
+    }
+    static void loadNumbers()
+    {
+        OviAPI::loadPhrases(
+            [](int number) { return std::to_wstring(number) + (number == 61131 ? L" %ls" : L""); });
+    }
+};
+
+TEST_F(ErrorLanguage, TheSentenceIsOursAndTheEnginesWordsFollowAsTheyAre)
+{
+    loadNumbers();
+    EXPECT_EQ(messageOf(Sqlite::errorFor(SQLITE_BUSY, "database is locked")),
+              "61104: database is locked");
+    EXPECT_EQ(messageOf(makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, "7")),
+              "61102: 61131 7");
+}
+
+TEST_F(ErrorLanguage, ARecordSpeaksTheLanguageOfTheTimeWhenItIsShown)
+{
+    DorX x = Sqlite::errorFor(SQLITE_FULL, "database or disk is full");
+    x.addNested(makeError(CodeUndone));
+    x.addNested(DorX(-1, 5, "words of the application"));
+    loadNumbers();
+    const DorX copy = x;
+    EXPECT_EQ(messageOf(copy), "61108: database or disk is full\n61120\nwords of the application");
+    EXPECT_STREQ(copy.text(), "The disk is full");
+}
+
+TEST_F(ErrorLanguage, EveryCodeHasASentenceOfItsOwn)
+{
+    std::set<OviAPI::Phrase> seen;
+    for (const int code : {1,    2,    129,  135,  1001, 1002, 1003, 1004, 1005, 1006, 1007, 1022,
+                           2001, 2002, 2003, 2004, 2005, 2006, 2199, 2050, 2051, 2060, 2070, 2162})
+        EXPECT_TRUE(seen.insert(phraseOf(code)).second) << code;
 }

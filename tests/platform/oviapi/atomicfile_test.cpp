@@ -20,6 +20,8 @@
 
 #include <oviapi/text.h>
 
+#include "tests/support/smalldisk.h"
+
 namespace fs = std::filesystem;
 using OviAPI::cleanStaleTemporaries;
 using OviAPI::writeFileAtomically;
@@ -194,6 +196,27 @@ TEST_F(AtomicFile, AFileSizeLimitLeavesTheOldFileWholeAndTheProgramRunning)
     EXPECT_EQ(result, EFBIG);
     EXPECT_EQ(read(target), "old");
     EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(AtomicFile, AFullDiskLeavesTheOldFileWholeAndIsToldAsSuch)
+{
+    if (!SmallDisk::isHere()) {
+        if (!SmallDisk::isPossible())
+            GTEST_SKIP() << "this user may mount nothing here, not even in a namespace of its own";
+        EXPECT_EQ(SmallDisk::runThisTest(), 0);
+        return;
+    }
+    const std::string old(6000, 'o');
+    write(file("a"), old);
+    SmallDisk::fill(m_folder);
+    EXPECT_EQ(failure(file("a"), "new"), ENOSPC);
+    EXPECT_EQ(failure(file("a"), std::string(30'000, 'n')), ENOSPC);
+    EXPECT_EQ(failure(file("b"), "another"), ENOSPC);
+    EXPECT_EQ(read(file("a")), old);
+    EXPECT_EQ(entries(), 2);
+    SmallDisk::empty(m_folder);
+    EXPECT_EQ(failure(file("a"), "new"), 0);
+    EXPECT_EQ(read(file("a")), "new");
 }
 
 TEST_F(AtomicFile, TheSizeSignalIsNotBlockedAfterwards)

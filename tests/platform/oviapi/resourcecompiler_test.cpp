@@ -1,5 +1,6 @@
 #include "tools/rrsc/compiler.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <oviapi/phrases.h>
 #include <oviapi/picture.h>
 #include <oviapi/resourcefile.h>
 #include <oviapi/resourcemanager.h>
@@ -235,6 +237,24 @@ TEST_F(TypicalResources, HoldEveryTextOfTheLibraryInBothLanguages)
         EXPECT_STRNE(english, L"") << id;
         const bool differ = std::wcscmp(english, russian) != 0;
         EXPECT_TRUE(differ) << id << ": both texts are the same";
+    }
+}
+
+// What is built in for programs without resources is what the resources say.
+TEST_F(TypicalResources, HoldEveryPhraseOfThePlatformInBothLanguages)
+{
+    for (const OviAPI::EnglishPhrase& each : OviAPI::englishPhrases()) {
+        const int id = static_cast<int>(each.phrase);
+        wchar_t english[4096] = L"";
+        wchar_t russian[4096] = L"";
+        ASSERT_TRUE(m_manager.loadString(id, english, 4096, 1)) << id;
+        ASSERT_TRUE(m_manager.loadString(id, russian, 4096, 2)) << id;
+        EXPECT_STREQ(english, each.text) << id;
+        const std::wstring translated = russian;
+        EXPECT_NE(translated, english) << id;
+        const bool placeholder = std::wstring_view(english).find(L"%ls") != std::wstring::npos;
+        EXPECT_EQ(translated.find(L"%ls") != std::wstring::npos, placeholder) << id;
+        EXPECT_EQ(std::count(translated.begin(), translated.end(), L'%'), placeholder) << id;
     }
 }
 

@@ -190,7 +190,7 @@ TEST(ApplicationStart, FormsMayOutliveTheApplicationAndServeTheNextOne)
 
 TEST(ApplicationStart, RunGoesFromStartToEnd)
 {
-    EXPECT_EQ(outputOf("", "run '\xD0\x96'"), "init 3 \xD0\x96,closed,deinit,0");
+    EXPECT_EQ(outputOf("LC_ALL=C.UTF-8", "run '\xD0\x96'"), "init 3 \xD0\x96,closed,deinit,0");
 }
 
 TEST(ApplicationStart, WhatCouldNotStartIsNotShutDown)

@@ -1,5 +1,6 @@
 #include <oviapi/button.h>
 #include <oviapi/checkbox.h>
+#include <oviapi/combobox.h>
 #include <oviapi/form.h>
 #include <oviapi/lineedit.h>
 #include <oviapi/listbox.h>

@@ -23,13 +23,30 @@ using namespace OviAPI;
 
 struct Receiver : Object {};
 
+void showForm(WForm& form)
+{
+    form.move(0, 0, 300, 200);
+    EXPECT_TRUE(form.create());
+    UiDriver::showAndActivate(form);
+}
+
 std::unique_ptr<WForm> shownForm()
 {
     auto form = std::make_unique<WForm>();
-    form->move(0, 0, 300, 200);
-    EXPECT_TRUE(form->create());
-    UiDriver::showAndActivate(*form);
+    showForm(*form);
     return form;
+}
+
+// Calls the function when the sender emits the signal, as long as the receiver lives.
+template<auto Signal, class Sender>
+std::unique_ptr<Receiver> when(Sender& sender, std::function<void()> function)
+{
+    auto receiver = std::make_unique<Receiver>();
+    connect<Signal>(sender, *receiver, [function](Object*) -> SlotResult {
+        function();
+        return 0;
+    });
+    return receiver;
 }
 
 template<class T>
@@ -109,11 +126,9 @@ TEST(Lifetime, ASlotMayDeleteTheForm)
 {
     auto form = shownForm();
     auto button = child<WButton>(*form);
-    Receiver receiver;
-    connect<&WButton::onPush>(*button, receiver, [&](Object*) -> SlotResult {
+    const auto receiver = when<&WButton::onPush>(*button, [&] {
         button.reset();
         form.reset();
-        return 0;
     });
     UiDriver::click(*button);
     EXPECT_EQ(form, nullptr);
@@ -124,11 +139,7 @@ TEST(Lifetime, APushMayDeleteTheFormBeforeItsButton)
 {
     auto form = shownForm();
     auto button = child<WButton>(*form);
-    Receiver receiver;
-    connect<&WButton::onPush>(*button, receiver, [&](Object*) -> SlotResult {
-        form.reset();
-        return 0;
-    });
+    const auto receiver = when<&WButton::onPush>(*button, [&] { form.reset(); });
     UiDriver::click(*button);
     EXPECT_FALSE(button->isCreated());
     EXPECT_EQ(button->parent(), nullptr);
@@ -145,9 +156,7 @@ TEST(Lifetime, AFormMayBeDeletedWhenItIsClosed)
         }
     };
     auto form = std::make_unique<Closing>();
-    form->move(0, 0, 100, 100);
-    ASSERT_TRUE(form->create());
-    UiDriver::showAndActivate(*form);
+    showForm(*form);
     form->end = [&] { form.reset(); };
     UiDriver::closeWindow(*form);
     EXPECT_EQ(form, nullptr);
@@ -156,11 +165,7 @@ TEST(Lifetime, AFormMayBeDeletedWhenItIsClosed)
 TEST(Lifetime, ATimerMayDeleteItself)
 {
     auto timer = std::make_unique<WTimer>(1);
-    Receiver receiver;
-    connect<&WTimer::onTimer>(*timer, receiver, [&](Object*) -> SlotResult {
-        timer.reset();
-        return 0;
-    });
+    const auto receiver = when<&WTimer::onTimer>(*timer, [&] { timer.reset(); });
     timer->start();
     EXPECT_TRUE(UiDriver::waitUntil([&] { return !timer; }));
 }
@@ -173,11 +178,7 @@ TEST(Lifetime, AListMayBeDeletedWhenALineIsChosenByMouseOrKey)
         list->insertLine(L"one");
         list->insertLine(L"two");
         list->setCurrentLine(1);
-        Receiver receiver;
-        connect<&WLineList::onSelect>(*list, receiver, [&](Object*) -> SlotResult {
-            list.reset();
-            return 0;
-        });
+        const auto receiver = when<&WLineList::onSelect>(*list, [&] { list.reset(); });
         list->setFocus();
         if (byKey)
             UiDriver::key(*form, KeyUp);
@@ -191,11 +192,7 @@ TEST(Lifetime, AFieldMayBeDeletedWhileItIsTypedInto)
 {
     auto form = shownForm();
     auto edit = child<WLineEdit>(*form);
-    Receiver receiver;
-    connect<&WLineEdit::onTextChanged>(*edit, receiver, [&](Object*) -> SlotResult {
-        edit.reset();
-        return 0;
-    });
+    const auto receiver = when<&WLineEdit::onTextChanged>(*edit, [&] { edit.reset(); });
     edit->setFocus();
     UiDriver::type(*form, L"x");
     EXPECT_EQ(edit, nullptr);
@@ -205,11 +202,7 @@ TEST(Lifetime, ACheckBoxMayBeDeletedWhenItIsTicked)
 {
     auto form = shownForm();
     auto box = child<WCheckBox>(*form);
-    Receiver receiver;
-    connect<&WCheckBox::onCheck>(*box, receiver, [&](Object*) -> SlotResult {
-        box.reset();
-        return 0;
-    });
+    const auto receiver = when<&WCheckBox::onCheck>(*box, [&] { box.reset(); });
     UiDriver::click(*box, 5, 15);
     EXPECT_EQ(box, nullptr);
 }
@@ -259,9 +252,7 @@ TEST(Lifetime, AFormAboveMayOutliveTheFormBelow)
     auto below = shownForm();
     WForm above;
     above.setParent(below.get());
-    above.move(0, 0, 100, 100);
-    ASSERT_TRUE(above.create());
-    UiDriver::showAndActivate(above);
+    showForm(above);
     below.reset();
     EXPECT_EQ(above.parent(), nullptr);
     EXPECT_TRUE(above.isCreated());
@@ -359,9 +350,7 @@ TEST(Lifetime, AFormThatRefusesToCloseStays)
         }
     };
     Refusing form;
-    form.move(0, 0, 100, 100);
-    ASSERT_TRUE(form.create());
-    UiDriver::showAndActivate(form);
+    showForm(form);
     UiDriver::closeWindow(form);
     EXPECT_EQ(form.asked, 1);
     EXPECT_TRUE(form.isVisible());

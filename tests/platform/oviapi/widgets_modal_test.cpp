@@ -7,6 +7,7 @@
 #include <oviapi/moveobject.h>
 #include <oviapi/msgbox.h>
 #include <oviapi/panel.h>
+#include <oviapi/phrases.h>
 #include <oviapi/systemmetrics.h>
 #include <oviapi/timer.h>
 
@@ -451,19 +452,33 @@ INSTANTIATE_TEST_SUITE_P(All, Boxes,
                                            Box{15, -1, 2}, Box{14, 0, 2}, Box{0, 1, 1},
                                            Box{256, 1, 1}));
 
-TEST(MessageBox, CaptionsComeFromTheResourcesOfTheApplication)
+TEST(MessageBox, CaptionsAreInTheLanguageOfTheApplication)
 {
-    struct Speaking : Application {
-        bool loadRRSString(int id, wchar_t* buf, int size, int) override
-        {
-            return id == MsgBox::YesText &&
-                   std::swprintf(buf, static_cast<size_t>(size), L"Ja") > 0;
-        }
-    };
-    Speaking application;
+    loadPhrases([](int number) { return number == 60013 ? L"Ja" : std::wstring(); });
     UiDriver::answerMessageBox(MsgBox::No);
     MsgBox::show(L"", L"", MsgBox::Yes | MsgBox::No);
     EXPECT_EQ(UiDriver::lastBoxButtons(), L"Ja|No");
+    loadPhrases(nullptr);
+}
+
+TEST(MessageBox, TextAndButtonsHaveTheFontOfControls)
+{
+    struct WithFonts : Application {
+        Font controls{L"DejaVu Serif", 21, true};
+        Font* fontForRole(int role) override { return role == ControlFont ? &controls : nullptr; }
+    };
+    UiDriver::answerMessageBox(MsgBox::Ok);
+    MsgBox::show(L"", L"text");
+    const auto usual = UiDriver::lastBoxFonts();
+    ASSERT_GE(usual.size(), 2U);
+    WithFonts application;
+    UiDriver::answerMessageBox(MsgBox::Ok);
+    MsgBox::show(L"", L"text");
+    const auto fonts = UiDriver::lastBoxFonts();
+    ASSERT_EQ(fonts.size(), usual.size());
+    for (const Font& font : fonts)
+        EXPECT_EQ(font, application.controls);
+    EXPECT_NE(usual, fonts);
 }
 
 TEST(MessageBox, BoxesOpenInsideEachOther)

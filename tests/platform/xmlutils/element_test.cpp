@@ -271,6 +271,7 @@ TEST(XmlSerializable, ARecordComesBackFromTheElementItWasWrittenInto)
 TEST(XmlException, TheMessageEndsWithThePlaceWhenItIsKnown)
 {
     EXPECT_EQ(XMLException(L"Bad").message(), L"Bad");
+    EXPECT_EQ(XMLException(L"Bad").file(), L"");
     const XMLException placed(L"Bad \u0416", 3, 14);
     EXPECT_EQ(placed.message(), L"Bad \u0416 (line 3, column 14)");
     EXPECT_STREQ(placed.what(), "Bad \xD0\x96 (line 3, column 14)");

@@ -228,6 +228,81 @@ TEST_F(XmlFile, AFailureToWriteIsAnXmlExceptionWithTheReason)
     }
 }
 
+TEST_F(XmlFile, AnErrorInADocumentNamesItsFileAndKeepsThePlace)
+{
+    store("broken.xml", "<A>\n</B>");
+    const std::wstring broken = path("broken.xml");
+    try {
+        XMLElementA root;
+        XMLFILEReaderA(broken).read(root);
+        FAIL();
+    } catch (const XMLException& error) {
+        EXPECT_EQ(error.file(), broken);
+        EXPECT_EQ(error.line(), 2);
+        EXPECT_EQ(error.message(), L"The file \"" + broken +
+                                       L"\" could not be read: Not well-formed: mismatched tag "
+                                       L"(line 2, column 3)");
+        EXPECT_EQ(OviAPI::utf8ToWide(error.what()), error.message());
+    }
+}
+
+TEST_F(XmlFile, AnUnknownEncodingNamesTheFileToo)
+{
+    store("odd.xml", "<?xml version=\"1.0\" encoding=\"odd\"?><A/>");
+    try {
+        const XMLFILEReaderA reader(path("odd.xml"));
+        FAIL();
+    } catch (const XMLException& error) {
+        EXPECT_EQ(error.file(), path("odd.xml"));
+    }
+}
+
+// Reads another file for every element.
+class ReadingAdder final : public IXMLAdderA {
+public:
+    explicit ReadingAdder(std::wstring path)
+        : m_path(std::move(path))
+    {
+    }
+    void addElement(const XMLElementA&) const override
+    {
+        XMLElementA other;
+        XMLFILEReaderA(m_path).read(other);
+    }
+
+private:
+    std::wstring m_path;
+};
+
+TEST_F(XmlFile, AnErrorNamesTheFileThatItIsIn)
+{
+    store("outer.xml", "<A><B/></A>");
+    store("inner.xml", "<C>");
+    const ReadingAdder adder(path("inner.xml"));
+    XMLElementA root("A");
+    root.setAdder(&adder);
+    try {
+        XMLFILEReaderA(path("outer.xml")).read(root);
+        FAIL();
+    } catch (const XMLException& error) {
+        EXPECT_EQ(error.file(), path("inner.xml"));
+        EXPECT_EQ(error.message().find(path("outer.xml")), std::wstring::npos);
+    }
+}
+
+TEST_F(XmlFile, ADocumentThatCannotBeWrittenNamesItsFile)
+{
+    XMLElementA root("Root");
+    root.addChild("not a name");
+    try {
+        XMLFILEWriterA(path("a.xml")).write(root);
+        FAIL();
+    } catch (const XMLException& error) {
+        EXPECT_EQ(error.file(), path("a.xml"));
+        EXPECT_NE(error.message().find(L"could not be written"), std::wstring::npos);
+    }
+}
+
 TEST_F(XmlFile, AWriterForNoEncodingIsRefused)
 {
     EXPECT_THROW(XMLFILEWriterA(path("a.xml"), XMLEncoding::Unknown), XMLException);
