@@ -74,7 +74,7 @@ void DefaultConfigSectionAdder::addElement(const XMLUtils::XMLElementA& config) 
             made->encoding = encoding;
             entry = made.get();
             sections->append(entry);
-            made.release(); // owned by the list now
+            static_cast<void>(made.release()); // owned by the list now
         }
         for (size_t i = 0; i < section->childCount(); ++i) {
             const XMLUtils::XMLElementA& child = section->child(i);

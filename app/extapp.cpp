@@ -7,6 +7,7 @@
 
 #include <oviapi/lexception.h>
 #include <oviapi/msgbox.h>
+#include <oviapi/phrases.h>
 #include <oviapi/text.h>
 #include <xmlutils/exception.h>
 #include <xmlutils/reader.h>
@@ -63,7 +64,10 @@ bool isLibraryString(int id)
 
 ExtApp::ExtApp() = default;
 
-ExtApp::~ExtApp() = default;
+ExtApp::~ExtApp()
+{
+    OviAPI::loadPhrases(nullptr);
+}
 
 bool ExtApp::initApplication(int argc, wchar_t** argv)
 {
@@ -193,8 +197,14 @@ void ExtApp::initResourceManager()
 
 void ExtApp::setLanguage(enum TypicalOptions::Language lang)
 {
-    if (resourceManager)
-        resourceManager->setLanguage(getRRSLang(lang));
+    if (!resourceManager)
+        return;
+    resourceManager->setLanguage(getRRSLang(lang));
+    OviAPI::loadPhrases([this](int number) {
+        wchar_t text[textSize] = L"";
+        loadRRSString(number, text, textSize, OviAPI::ResourceManager::CurrentLanguage);
+        return std::wstring(text);
+    });
 }
 
 int ExtApp::getRRSLang(enum TypicalOptions::Language lang) const

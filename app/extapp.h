@@ -57,6 +57,8 @@ public:
     // Throws LException when "typical.rrs" is missing or bad.
     virtual void initResourceManager();
     virtual void initAfterOptions() = 0;
+    // Switches resources and the platform's phrases; notifyCharsetChanged then switches what is
+    // shown.
     virtual void setLanguage(enum TypicalOptions::Language lang);
 
     // The resource language of an options language.

@@ -4,38 +4,18 @@
 
 #include <oviapi/picture.h>
 #include <oviapi/recordview.h>
-#include <oviapi/typicalcontrol.h>
-#if __has_include(<oviapi/srcedit.h>)
 #include <oviapi/srcedit.h>
-#endif
-#if __has_include(<oviapi/treeview.h>)
 #include <oviapi/treeview.h>
-#endif
-
-namespace OviAPI {
-class CSrcEdit;
-class WTreeView;
-} // namespace OviAPI
+#include <oviapi/typicalcontrol.h>
 
 namespace {
 
 constexpr int largeIconOffset = 100; // from the id of the icon to that of the large one
 constexpr short wholeView = 0;
 
-// The object as a control of that class; null for any other, and where the framework at hand has no
-// such class.
-template<class Control>
-OviAPI::WVisualObject* asControl(OviAPI::VisualObject* object)
-{
-    if constexpr (requires { sizeof(Control); })
-        return dynamic_cast<Control*>(object);
-    else
-        return nullptr;
-}
-
 bool keepsItsOwnFont(OviAPI::VisualObject* object)
 {
-    return asControl<OviAPI::aCRecordView>(object) || asControl<OviAPI::WTreeView>(object);
+    return dynamic_cast<OviAPI::aCRecordView*>(object) || dynamic_cast<OviAPI::WTreeView*>(object);
 }
 
 } // namespace
@@ -140,13 +120,13 @@ void WExtForm::setChildFont(OviAPI::VisualObject* child, FontKind kind, const Ov
         }
         break;
     case fkTree:
-        if (OviAPI::WVisualObject* tree = asControl<OviAPI::WTreeView>(child))
+        if (auto* tree = dynamic_cast<OviAPI::WTreeView*>(child))
             tree->setFont(font);
         else
             setSiblingsFont(child, kind, font);
         break;
     case fkEdit:
-        if (OviAPI::WVisualObject* edit = asControl<OviAPI::CSrcEdit>(child)) {
+        if (auto* edit = dynamic_cast<OviAPI::CSrcEdit*>(child)) {
             edit->setFont(font);
             edit->repaint();
         } else {

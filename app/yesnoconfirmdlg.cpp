@@ -59,6 +59,8 @@ bool YesNoConfirmDlg::create()
     const bool hasIds = yesTextId != 0 && noTextId != 0 && rememberTextId != 0 && titleTextId != 0;
     if (!app && !hasIds)
         return false; // without the application there are no default strings
+    if (isCreated())
+        return true; // execModal asks for it once more
     show(false);
     setStyle(style() | SizingBorder | DialogFrame);
     move(0, 0, width, height);

@@ -133,6 +133,7 @@ protected:
 
     unsigned ColumnState(int column) override;
     OviAPI::aCString ColumnReason(int column) override;
+    bool ColumnText(int column, OviAPI::aCString& text) override;
     long ColumnDataLen(int column) override;
 
     struct Free {
@@ -175,6 +176,7 @@ private:
         size_t used = 0;        // bytes from the start that are not zero
         size_t valueLength = 0; // bytes of the value that lies there
         DorCPP::ValueState state = DorCPP::ValueState::Null;
+        OviAPI::aCString stored; // the value, when it is not of the column's type
     };
 
     std::unique_ptr<DorCPP::DorCursor> executedCursor();

@@ -8,23 +8,18 @@
 
 #include <dorcpp/charset.h>
 #include <oviapi/assertion.h>
+#include <oviapi/phrases.h>
 
 using DorCPP::DorX;
 using DorCPP::ValueState;
 using OviAPI::aCString;
+using OviAPI::Phrase;
 
 namespace {
 
 constexpr size_t scratchSize = 65535;   // bytes
 constexpr long externalFileSize = 2088; // bytes in the row buffer
-constexpr size_t storedTextLimit = 200; // characters of a stored value in a reason
-
-constexpr wchar_t cutReason[] = L"The value is longer than its column; it is shown up to here.";
-constexpr wchar_t badTextReason[] =
-    L"The stored text is not valid; replacement marks stand where it could not be read.";
-constexpr wchar_t mismatchReason[] = L"The stored value does not have the type of its column";
-constexpr wchar_t readOnlyReason[] = L"This table is open for reading only.";
-constexpr wchar_t largeObjectReason[] = L"A large object is not edited in the table.";
+constexpr size_t reasonChars = 200;     // characters of a stored value in a reason
 
 // Widens the leading ASCII characters of a text, eight at a time, and returns their number. The
 // target need not be aligned.
@@ -183,7 +178,7 @@ void xCDorvexDataSet::makeRoom(int64_t length)
         larger.reset(static_cast<std::byte*>(calloc(bytes, 1)));
     }
     if (!larger)
-        throw DorX(-1, DorCPP::CodeTooBig, "A row of the answer is too long to be shown");
+        throw DorX(-1, DorCPP::CodeTooBig, Phrase::RowTooLong);
     for (const Slot& slot : m_slots) {
         if (slot.used != 0)
             std::memcpy(larger.get() + slot.offset, m_rowBuffer.get() + slot.offset, slot.used);
@@ -200,6 +195,7 @@ void xCDorvexDataSet::clearRow()
             std::memset(m_rowBuffer.get() + slot.offset, 0, slot.used);
         slot.used = slot.valueLength = 0;
         slot.state = ValueState::Null;
+        slot.stored.clear();
     }
 }
 
@@ -252,6 +248,8 @@ void xCDorvexDataSet::readRow()
             readBinary(column, slot, slot.type);
             break;
         }
+        if (slot.state == ValueState::Mismatch)
+            slot.stored = storedText(column);
     }
 }
 
@@ -330,11 +328,11 @@ aCString xCDorvexDataSet::ColumnReason(int column)
         return {};
     switch (slot->state) {
     case ValueState::Cut:
-        return cutReason;
+        return OviAPI::phrase(Phrase::ValueCut);
     case ValueState::BadText:
-        return badTextReason;
+        return OviAPI::phrase(Phrase::TextNotValid);
     case ValueState::Mismatch:
-        return mismatchReason + (L": " + storedText(column));
+        return OviAPI::phrase(Phrase::TypeMismatch, slot->stored.substr(0, reasonChars));
     case ValueState::Exact:
     case ValueState::Null:
         break;
@@ -342,18 +340,21 @@ aCString xCDorvexDataSet::ColumnReason(int column)
     return {};
 }
 
-// The value of the row in the row buffer as it is stored; for columns whose own form cannot hold
-// it.
+bool xCDorvexDataSet::ColumnText(int column, aCString& text)
+{
+    const Slot* slot = slotOf(column);
+    if (!slot || slot->state != ValueState::Mismatch || slot->way != Slot::OwnForm)
+        return false;
+    text = slot->stored;
+    return true;
+}
+
+// The value of the row that has just been fetched, in the text form of the database client.
 aCString xCDorvexDataSet::storedText(int column)
 {
-    char text[storedTextLimit * 4 + 1];
     size_t length = 0;
-    try {
-        m_cursor->getData(column, DorCPP::TypeText, text, sizeof text, nullptr, &length);
-    } catch (const DorX&) { // the cursor has moved on: there is nothing to tell
-        return {};
-    }
-    return DorCPP::widen({text, length}, DorCPP::getStdCharset()).substr(0, storedTextLimit);
+    m_cursor->getData(column, DorCPP::TypeText, m_scratch.get(), scratchSize, nullptr, &length);
+    return DorCPP::widen({m_scratch.get(), length}, DorCPP::getStdCharset());
 }
 
 long xCDorvexDataSet::ColumnDataLen(int column)
@@ -392,7 +393,7 @@ aCString xCDorvexDataSet::ReadOnlyReason(int column)
     if (!info)
         throw OviAPI::aCDataFailure(OviAPI::aCDataFailure::IndexOutOfRange);
     const bool large = info->dataType == static_cast<unsigned char>(OviAPI::DataType::LargeObject);
-    return large ? largeObjectReason : readOnlyReason;
+    return OviAPI::phrase(large ? Phrase::LargeObjectNotEdited : Phrase::TableReadOnly);
 }
 
 bool xCDorvexDataSet::IsColumnNull(int column)

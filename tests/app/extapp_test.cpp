@@ -5,6 +5,7 @@
 
 #include <oviapi/lexception.h>
 #include <oviapi/msgbox.h>
+#include <oviapi/phrases.h>
 
 #include "tests/app/support.h"
 #include "tests/support/uidriver.h"
@@ -185,6 +186,24 @@ TEST_F(ExtAppTest, SettingTheLanguageWithoutResourcesDoesNothing)
     EXPECT_EQ(m_app.resources(), nullptr);
 }
 
+TEST_F(ExtAppTest, ThePhrasesOfThePlatformFollowTheLanguageAndEndWithTheApplication)
+{
+    ResourceBuilder resources = frameResources();
+    resources.addString(61002, L"nothing");
+    resources.addString(61002, L"\u041D\u0435\u0442", ResourceBuilder::russian);
+    {
+        TestApp app;
+        m_folders.writeResources(resources);
+        EXPECT_EQ(phrase(OviAPI::Phrase::NoRows), L"No rows");
+        app.initResourceManager();
+        EXPECT_EQ(phrase(OviAPI::Phrase::NoRows), L"nothing");
+        app.setLanguage(TypicalOptions::Koi8Language);
+        EXPECT_EQ(phrase(OviAPI::Phrase::NoRows), L"\u041D\u0435\u0442");
+        EXPECT_EQ(phrase(OviAPI::Phrase::NoColumns), L"No columns"); // not in these resources
+    }
+    EXPECT_EQ(phrase(OviAPI::Phrase::NoRows), L"No rows");
+}
+
 TEST_F(ExtAppTest, OnlyStringsOfTheTwoRangesAreLookedUp)
 {
     openResources(frameResources());
@@ -207,7 +226,8 @@ TEST_F(ExtAppTest, StringsAreCutToTheBuffer)
         wchar_t buffer[12];
         std::fill(std::begin(buffer), std::end(buffer), L'#');
         EXPECT_TRUE(m_app.loadRRSString(60001, buffer, size, -1));
-        EXPECT_EQ(std::wstring(buffer), std::wstring(L"Failure").substr(0, size - 1));
+        EXPECT_EQ(std::wstring(buffer),
+                  std::wstring(L"Failure").substr(0, static_cast<size_t>(size - 1)));
         EXPECT_EQ(buffer[size], L'#');
     }
 }

@@ -1,7 +1,10 @@
 // Forms, dialogs, panels and labels: icons, fonts, keys, modal loops.
 #include "app/extform.h"
 
+#include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -10,11 +13,8 @@
 #include <oviapi/painter.h>
 #include <oviapi/panel.h>
 #include <oviapi/recordview.h>
-#if __has_include(<oviapi/srcedit.h>) && __has_include(<oviapi/treeview.h>)
-#define HAS_TREES_AND_EDITORS 1
 #include <oviapi/srcedit.h>
 #include <oviapi/treeview.h>
-#endif
 
 #include "app/connectedform.h"
 #include "app/extdialog.h"
@@ -29,6 +29,8 @@ namespace {
 using OviAPI::Font;
 
 using Widths = std::vector<int>;
+
+const Font changed{L"Courier", 17};
 
 class IconForm : public WExtForm {
 public:
@@ -62,8 +64,39 @@ public:
         object.create();
         object.setFont(before);
     }
-    std::vector<Font> controls() const { return {panel.font(), button.font(), edit.font()}; }
-    std::vector<Font> views() const { return {outerView.font(), view.font()}; }
+    // Controls that are to have one font.
+    struct Group {
+        std::string name;
+        std::vector<Font> fonts;
+        bool all(const Font& font) const
+        {
+            return std::all_of(fonts.begin(), fonts.end(),
+                               [&](const Font& f) { return f == font; });
+        }
+    };
+    virtual std::vector<Group> groups() const
+    {
+        return {{"controls", {panel.font(), button.font(), edit.font()}},
+                {"views", {outerView.font(), view.font()}}};
+    }
+    // The names of the groups that have the font wholly; the others have kept theirs.
+    std::string groupsWith(const Font& font) const
+    {
+        std::string names;
+        for (const Group& group : groups()) {
+            if (group.all(font))
+                names += (names.empty() ? "" : " ") + group.name;
+            else
+                EXPECT_TRUE(group.all(before)) << group.name;
+        }
+        return names;
+    }
+    // The groups that a change of font of the kind reaches.
+    std::string reachedBy(WExtForm::FontKind kind)
+    {
+        setSiblingsFont(this, kind, changed);
+        return groupsWith(changed);
+    }
 
     const Font before{L"Helvetica", 9};
     OviAPI::WPanel panel;
@@ -73,13 +106,6 @@ public:
     OviAPI::aCRecordView view;
     OviAPI::WButton insideView;
 };
-
-const Font changed{L"Courier", 17};
-
-bool all(const std::vector<Font>& fonts, const Font& font)
-{
-    return std::all_of(fonts.begin(), fonts.end(), [&](const Font& f) { return f == font; });
-}
 
 // Counts the font changes that it hears of.
 struct Listener : OviAPI::Object {
@@ -106,6 +132,18 @@ struct ClosingDialog : WExtDialog {
     int closes = 0;
 };
 
+struct LabelForm : WExtForm {
+    LabelForm()
+    {
+        label.setParent(this);
+        move(0, 0, 400, 200);
+        EXPECT_TRUE(create());
+        EXPECT_TRUE(label.create());
+        label.setFont({L"Helvetica", 12});
+    }
+    WExtStatic label;
+};
+
 std::unique_ptr<OviAPI::ResourceManager> iconResources(const TempFolder& folder,
                                                        std::initializer_list<uint32_t> ids)
 {
@@ -115,6 +153,17 @@ std::unique_ptr<OviAPI::ResourceManager> iconResources(const TempFolder& folder,
     const auto path = folder.path() / "icons.rrs";
     writeFile(path, builder.compiled());
     return std::make_unique<OviAPI::ResourceManager>(path.wstring().c_str());
+}
+
+// The icons of a form with the id 7 and these pictures in its resources.
+Widths iconsOfForm7(std::initializer_list<uint32_t> ids)
+{
+    const TempFolder folder;
+    const auto rm = iconResources(folder, ids);
+    IconForm form;
+    form.make(7, rm.get());
+    EXPECT_EQ(form.formId, 7);
+    return form.icons();
 }
 
 } // namespace
@@ -168,30 +217,17 @@ TEST(ExtForm, WithoutAnIdOrResourcesItIsCreatedWithoutAnIcon)
 
 TEST(ExtForm, BothIconsAreThoseOfTheResources)
 {
-    const TempFolder folder;
-    const auto rm = iconResources(folder, {7, 107});
-    IconForm form;
-    form.make(7, rm.get());
-    EXPECT_EQ(form.formId, 7);
-    EXPECT_EQ(form.icons(), (Widths{16, 32}));
+    EXPECT_EQ(iconsOfForm7({7, 107}), (Widths{16, 32}));
 }
 
 TEST(ExtForm, WithoutTheLargeIconTheSmallOneServesForBoth)
 {
-    const TempFolder folder;
-    const auto rm = iconResources(folder, {7});
-    IconForm form;
-    form.make(7, rm.get());
-    EXPECT_EQ(form.icons(), (Widths{16}));
+    EXPECT_EQ(iconsOfForm7({7}), (Widths{16}));
 }
 
 TEST(ExtForm, WithoutTheSmallIconTheLargeOneServesForBoth)
 {
-    const TempFolder folder;
-    const auto rm = iconResources(folder, {107});
-    IconForm form;
-    form.make(7, rm.get());
-    EXPECT_EQ(form.icons(), (Widths{32}));
+    EXPECT_EQ(iconsOfForm7({107}), (Widths{32}));
 }
 
 TEST(ExtForm, WithoutEitherPictureTheIconsAreTakenAway)
@@ -210,30 +246,23 @@ TEST(ExtForm, WithoutEitherPictureTheIconsAreTakenAway)
 TEST(ExtForm, AFontOfControlsReachesControlsAndLeavesGridsAndTrees)
 {
     FontForm form;
-    form.setSiblingsFont(&form, WExtForm::fkControls, changed);
-    EXPECT_TRUE(all(form.controls(), changed));
-    EXPECT_TRUE(all(form.views(), form.before));
+    EXPECT_EQ(form.reachedBy(WExtForm::fkControls), "controls");
     EXPECT_EQ(form.insideView.font(), form.before);
 }
 
 TEST(ExtForm, AFontOfRecordViewsReachesGridsOnly)
 {
     FontForm form;
-    form.setSiblingsFont(&form, WExtForm::fkRecordView, changed);
-    EXPECT_TRUE(all(form.views(), changed));
-    EXPECT_TRUE(all(form.controls(), form.before));
+    EXPECT_EQ(form.reachedBy(WExtForm::fkRecordView), "views");
 }
 
 TEST(ExtForm, AFontOfTreesOrEditorsLeavesGridsAndControls)
 {
     FontForm form;
-    form.setSiblingsFont(&form, WExtForm::fkTree, changed);
-    form.setSiblingsFont(&form, WExtForm::fkEdit, changed);
-    EXPECT_TRUE(all(form.controls(), form.before));
-    EXPECT_TRUE(all(form.views(), form.before));
+    EXPECT_EQ(form.reachedBy(WExtForm::fkTree), "");
+    EXPECT_EQ(form.reachedBy(WExtForm::fkEdit), "");
 }
 
-#ifdef HAS_TREES_AND_EDITORS
 namespace {
 
 class TreeForm : public FontForm {
@@ -242,16 +271,16 @@ public:
     {
         add(outerTree, *this);
         add(tree, panel);
-        add(outerEditor, *this);
-        add(editor, panel);
     }
-    std::vector<Font> trees() const { return {outerTree.font(), tree.font()}; }
-    std::vector<Font> editors() const { return {outerEditor.font(), editor.font()}; }
+    std::vector<Group> groups() const override
+    {
+        auto all = FontForm::groups();
+        all.push_back({"trees", {outerTree.font(), tree.font()}});
+        return all;
+    }
 
     OviAPI::WTreeView outerTree;
     OviAPI::WTreeView tree;
-    OviAPI::CSrcEdit outerEditor;
-    OviAPI::CSrcEdit editor;
 };
 
 } // namespace
@@ -259,29 +288,48 @@ public:
 TEST(ExtForm, AFontOfTreesReachesTreesOnly)
 {
     TreeForm form;
-    form.setSiblingsFont(&form, WExtForm::fkTree, changed);
-    EXPECT_TRUE(all(form.trees(), changed));
-    EXPECT_TRUE(all(form.editors(), form.before));
-    EXPECT_TRUE(all(form.controls(), form.before));
+    EXPECT_EQ(form.reachedBy(WExtForm::fkTree), "trees");
 }
+
+TEST(ExtForm, AFontOfControlsLeavesTrees)
+{
+    TreeForm form;
+    EXPECT_EQ(form.reachedBy(WExtForm::fkControls), "controls");
+}
+
+namespace {
+
+class EditorForm : public TreeForm {
+public:
+    EditorForm()
+    {
+        add(outerEditor, *this);
+        add(editor, panel);
+    }
+    std::vector<Group> groups() const override
+    {
+        auto all = TreeForm::groups();
+        all.push_back({"editors", {outerEditor.font(), editor.font()}});
+        return all;
+    }
+
+    OviAPI::CSrcEdit outerEditor;
+    OviAPI::CSrcEdit editor;
+};
+
+} // namespace
 
 TEST(ExtForm, AFontOfEditorsReachesEditorsOnly)
 {
-    TreeForm form;
-    form.setSiblingsFont(&form, WExtForm::fkEdit, changed);
-    EXPECT_TRUE(all(form.editors(), changed));
-    EXPECT_TRUE(all(form.trees(), form.before));
-    EXPECT_TRUE(all(form.controls(), form.before));
+    EditorForm form;
+    EXPECT_EQ(form.reachedBy(WExtForm::fkEdit), "editors");
 }
 
-TEST(ExtForm, AFontOfControlsReachesEditorsAndLeavesTrees)
+TEST(ExtForm, AFontOfControlsLeavesEditorsAndTrees)
 {
-    TreeForm form;
-    form.setSiblingsFont(&form, WExtForm::fkControls, changed);
-    EXPECT_TRUE(all(form.editors(), changed));
-    EXPECT_TRUE(all(form.trees(), form.before));
+    EditorForm form;
+    EXPECT_EQ(form.reachedBy(WExtForm::fkControls), "controls");
 }
-#endif
 
 TEST(ExtForm, AFontOfAnUnknownKindReachesNothing)
 {
@@ -289,8 +337,7 @@ TEST(ExtForm, AFontOfAnUnknownKindReachesNothing)
     for (const int kind : {4, -1, 2147483647})
         form.setSiblingsFont(&form, static_cast<WExtForm::FontKind>(kind), changed);
     form.setSiblingsFont(nullptr, WExtForm::fkControls, changed);
-    EXPECT_TRUE(all(form.controls(), form.before));
-    EXPECT_TRUE(all(form.views(), form.before));
+    EXPECT_EQ(form.groupsWith(changed), "");
 }
 
 TEST(ExtForm, AFontChangeGoesDownToTheFormsOpenedFromIt)
@@ -304,8 +351,8 @@ TEST(ExtForm, AFontChangeGoesDownToTheFormsOpenedFromIt)
     OviAPI::connect<&WExtForm::onFontChanged>(bottom, listener, &Listener::heard);
     top.setFont(changed);
     OviAPI::emit<&WExtForm::onFontChanged>(top, WExtForm::fkControls, changed);
-    EXPECT_TRUE(all(middle.controls(), changed));
-    EXPECT_TRUE(all(bottom.controls(), changed));
+    EXPECT_EQ(middle.groupsWith(changed), "controls");
+    EXPECT_EQ(bottom.groupsWith(changed), "controls");
     EXPECT_EQ(listener.kinds, (std::vector<int>{WExtForm::fkControls}));
     EXPECT_EQ(listener.last, changed);
 }
@@ -456,13 +503,8 @@ TEST(ExtPanel, ItsCharsetNotificationDoesNothing)
 
 TEST(ExtStatic, ItGrowsAndShrinksWithItsText)
 {
-    WExtForm form;
-    WExtStatic label;
-    label.setParent(&form);
-    form.move(0, 0, 400, 200);
-    ASSERT_TRUE(form.create());
-    ASSERT_TRUE(label.create());
-    label.setFont({L"Helvetica", 12});
+    LabelForm form;
+    WExtStatic& label = form.label;
     label.move(10, 20, 1, 1);
     UiDriver::showAndActivate(form);
     const auto widthOf = [&](const wchar_t* text) {
@@ -482,13 +524,8 @@ TEST(ExtStatic, ItGrowsAndShrinksWithItsText)
 
 TEST(ExtStatic, ItMeasures255CharactersAtMost)
 {
-    WExtForm form;
-    WExtStatic label;
-    label.setParent(&form);
-    form.move(0, 0, 400, 200);
-    ASSERT_TRUE(form.create());
-    ASSERT_TRUE(label.create());
-    label.setFont({L"Helvetica", 12});
+    LabelForm form;
+    WExtStatic& label = form.label;
     UiDriver::showAndActivate(form);
     const auto widthOf = [&](size_t n) {
         label.setText(std::wstring(n, L'x').c_str());

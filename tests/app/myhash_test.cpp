@@ -65,7 +65,7 @@ TEST(HashOf, SetKeyGivesAnExistingKeyTheNewValue)
 TEST(HashOf, BucketsAreListedNewestFirst)
 {
     Numbers table(2, 5, 0.5);
-    for (uint64_t key : {3, 1, 2})
+    for (const uint64_t key : {3U, 1U, 2U})
         table.setKey(key, static_cast<int>(key));
     std::vector<uint64_t> keys;
     for (const auto* bucket = table.first(); bucket; bucket = bucket->next)

@@ -11,6 +11,7 @@
 #include <xmlutils/exception.h>
 
 #include "tests/app/support.h"
+#include "tests/support/smalldisk.h"
 #include "tests/support/uidriver.h"
 
 namespace {
@@ -337,6 +338,32 @@ TEST_F(OptionsFile, AReadOnlyFileKeepsItsContentAndIsReported)
     m_app.saveOptions();
     EXPECT_EQ(UiDriver::unansweredBoxes(), 0);
     EXPECT_EQ(readFile(m_folders.optionsFile()) == before, refused);
+}
+
+TEST_F(OptionsFile, AFullDiskKeepsTheOldFileIsReportedAndTheProgramGoesOn)
+{
+    if (!SmallDisk::isHere()) {
+        if (!SmallDisk::isPossible())
+            GTEST_SKIP() << "this user may mount nothing here, not even in a namespace of its own";
+        EXPECT_EQ(SmallDisk::runThisTest(), 0);
+        return;
+    }
+    const std::string before = savedFile();
+    const fs::path folder = m_folders.optionsFile().parent_path();
+    SmallDisk::fill(m_folders.program());
+    m_app.ownRecord.LastAction = TypicalOptions::LoadAction;
+    UiDriver::answerMessageBox(1);
+    m_app.deInitApplication();
+    EXPECT_EQ(UiDriver::unansweredBoxes(), 0);
+    EXPECT_EQ(UiDriver::lastBoxTitle(), L"Warning");
+    EXPECT_TRUE(UiDriver::lastBoxText().starts_with(L"Can't write options file\n"));
+    EXPECT_GT(UiDriver::lastBoxText().size(), 26U);
+    EXPECT_EQ(m_app.steps.back(), "deInitAfterOptions");
+    EXPECT_EQ(readFile(m_folders.optionsFile()), before);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+    SmallDisk::empty(m_folders.program());
+    m_app.saveOptions();
+    EXPECT_NE(readFile(m_folders.optionsFile()), before);
 }
 
 TEST_F(OptionsFile, AnElementIsReadByItsName)

@@ -131,6 +131,15 @@ TEST_F(ConfirmDialog, ItsFormIsADialogFrameOf640By120)
     EXPECT_TRUE(dialog.yesButton.isDefault());
 }
 
+TEST_F(ConfirmDialog, CreatingItOnceMoreLeavesItWhereItIs)
+{
+    OpenDialog dialog(0, nullptr, L"?");
+    ASSERT_TRUE(dialog.create());
+    dialog.move(30, 40, 500, 200);
+    EXPECT_TRUE(dialog.create());
+    EXPECT_EQ(dialog.geometry(), (OviAPI::Rect{30, 40, 530, 240}));
+}
+
 TEST_F(ConfirmDialog, ItsPartsAreLaidOutByTheClientArea)
 {
     OpenDialog dialog(0, nullptr, L"?");

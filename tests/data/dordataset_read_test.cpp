@@ -197,16 +197,51 @@ TEST_F(DataSetReading, AValueOfAnotherStorageClassIsMarkedAndItsTextTold)
          "insert into t values('hello', x'4142', 'world'), (x'4142', 5, 1)"});
     open(L"select * from t");
     EXPECT_EQ(state(1, 1), StampInvalid);
+    EXPECT_EQ(at(1, 1), L"hello");
     EXPECT_NE(data.CellReason(1).find(L"hello"), std::wstring::npos);
     EXPECT_EQ(state(2, 1), StampInvalid);
     EXPECT_EQ(at(2, 1), L"4142");
     EXPECT_EQ(state(3, 1), StampInvalid);
+    EXPECT_EQ(at(3, 1), L"world");
     EXPECT_NE(data.CellReason(3).find(L"world"), std::wstring::npos);
     EXPECT_EQ(state(1, 2), StampInvalid);
     EXPECT_NE(data.CellReason(1).find(L"4142"), std::wstring::npos);
     short none = 0;
     data.GetCellNumber(1, 1, &none); // the zeros that stand for it are not its value
     EXPECT_EQ(none, 1);
+}
+
+TEST_F(DataSetReading, ATextInAColumnOfNumbersIsShownAsItIsWithAndWithoutTheCache)
+{
+    run({"create table t(a integer, b decimal(9, 2), c date, d boolean, e binary(9))",
+         "insert into t values('\xD0\x96 %s', 'n/a', 'soon', 'maybe', 'ab'), (5, 1, null, 1, "
+         "x'01')"});
+    for (const bool cached : {false, true}) {
+        data.SetRowCache(cached);
+        open(L"select * from t order by rowid");
+        for (int pass = 0; pass < 2; ++pass) {
+            EXPECT_EQ(at(1, 1), L"\u0416 %s");
+            EXPECT_EQ(at(2, 1), L"n/a");
+            EXPECT_EQ(at(3, 1), L"soon");
+            EXPECT_EQ(at(4, 1), L"maybe");
+            EXPECT_EQ(at(5, 1), L"6162"); // the bytes of the text
+            for (int column = 1; column <= 5; ++column)
+                EXPECT_EQ(state(column, 1), StampInvalid) << column;
+            EXPECT_EQ(at(1, 2), L"5"); // nothing of the row before
+            EXPECT_EQ(state(1, 2), 0U);
+            EXPECT_EQ(at(3, 2), L"");
+        }
+    }
+}
+
+TEST_F(DataSetReading, AnOddValueIsShownEvenWhenTheCursorHasMovedOn)
+{
+    run({"create table t(a integer)", "insert into t values('first'), ('second')"});
+    open(L"select * from t order by rowid");
+    ASSERT_EQ(data.SetRow(1), 0);
+    data.GetDBCursor()->fetch(DorCPP::FetchLast, 0);
+    EXPECT_EQ(data.CellText(1), L"first");
+    EXPECT_NE(data.CellReason(1).find(L"first"), std::wstring::npos);
 }
 
 TEST_F(DataSetReading, AReasonIsShortWhateverIsStored)

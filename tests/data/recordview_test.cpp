@@ -2,6 +2,7 @@
 #include <oviapi/form.h>
 #include <oviapi/paintdevice.h>
 #include <oviapi/painter.h>
+#include <oviapi/recordcopy.h>
 #include <oviapi/recordview.h>
 
 #include "data/dordataset.h"
@@ -47,8 +48,13 @@ protected:
         return picture;
     }
 
+    class View : public OviAPI::aCRecordView {
+    public:
+        using OviAPI::aCRecordView::hintAt;
+    };
+
     OviAPI::WForm form;
-    OviAPI::aCRecordView view;
+    View view;
     xCDorvexDataSet data;
 };
 
@@ -87,6 +93,20 @@ TEST_F(RecordViewOfDataSet, ShowsTheErrorOfARowThatHasGone)
     data.RefreshViews();
     EXPECT_NE(view.GetRowFault(2), L"");
     EXPECT_EQ(view.GetRowFault(1), L"");
+}
+
+TEST_F(RecordViewOfDataSet, ShowsCopiesAndExplainsATextInAColumnOfNumbers)
+{
+    run({"create table n(a integer, b integer)", "insert into n values('n/a', 1)"});
+    open(L"select * from n");
+    EXPECT_EQ(view.GetCellText(1, 1), L"n/a");
+    const auto copy = OviAPI::RecordCopy::make(data, {1, 2, 1, 1}, false);
+    EXPECT_EQ(copy.text, L"n/a\t1\n");
+    Rect place;
+    ASSERT_TRUE(view.GetClientCellRect(1, 1, place));
+    const std::wstring hint = view.hintAt(place.left + 5, place.top + 5);
+    EXPECT_EQ(hint, L"The stored value does not have the type of its column: n/a\n"
+                    L"This table is open for reading only.");
 }
 
 TEST_F(RecordViewOfDataSet, SurvivesTheDataSet)
