@@ -86,8 +86,8 @@ int64_t secondsOf(const CalendarTime& time)
 {
     using namespace std::chrono;
     const sys_days date{year{time.year} / time.month / time.day};
-    return int64_t{date.time_since_epoch().count()} * secondsPerDay + time.hour * 3600 +
-           time.minute * 60 + time.second;
+    return int64_t{date.time_since_epoch().count()} * secondsPerDay + int64_t{time.hour} * 3600 +
+           int64_t{time.minute} * 60 + time.second;
 }
 
 std::string isoText(const CalendarTime& time)

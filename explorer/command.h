@@ -4,6 +4,7 @@
 enum class Command {
     None,
     Open,
+    Connect,
     Sample,
     Close,
     Exit,
@@ -18,6 +19,7 @@ enum class Command {
     Larger,
     Smaller,
     NormalSize,
+    Settings,
     ControlsLarger,
     ControlsSmaller,
     TablesLarger,

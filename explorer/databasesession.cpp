@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "explorer/sqltext.h"
+#include "explorer/textlookup.h"
 
 namespace fs = std::filesystem;
 
@@ -80,6 +81,14 @@ std::string databasePath(const std::string& name)
     return server ? std::string() : name;
 }
 
+std::wstring textOf(const OpenFailure& failure)
+{
+    std::wstring text = textOf(failure.reason());
+    if (!failure.details().empty())
+        text += L"\n\n" + textOf(TextErrorDetails, failure.details());
+    return text;
+}
+
 std::wstring messageOf(const DorCPP::DorX& x)
 {
     std::array<char, 4096> text{};
@@ -91,7 +100,22 @@ DatabaseSession::DatabaseSession(const std::string& name)
     : m_name(name)
     , m_path(databasePath(name))
 {
-    if (name.empty())
+    open("", "", "timeout=1000", false);
+}
+
+DatabaseSession::DatabaseSession(const Connection& connection, const std::wstring& password)
+    : m_name(connection.databaseName())
+    , m_path(OviAPI::wideToLocale(connection.path))
+{
+    if (!connection.isFile() && connection.host.empty())
+        m_name.clear();
+    open(OviAPI::wideToLocale(connection.user).c_str(), OviAPI::wideToLocale(password).c_str(),
+         connection.clientOptions().c_str(), connection.verify);
+}
+
+void DatabaseSession::open(const char* user, const char* password, const char* options, bool verify)
+{
+    if (m_name.empty())
         throw OpenFailure(TextErrorEmptyName, {});
     if (!m_path.empty()) {
         checkFile(m_path);
@@ -100,7 +124,7 @@ DatabaseSession::DatabaseSession(const std::string& name)
         m_path = absolute;
     }
     try {
-        m_connection.createCS("", "", m_name.c_str(), "timeout=1000", 0, false, true);
+        m_connection.createCS(user, password, m_name.c_str(), options, 0, verify, true);
         readTables();
     } catch (const DorCPP::DorX& x) {
         throw OpenFailure(reasonOf(x), messageOf(x));

@@ -9,6 +9,7 @@
 #include <dorcpp/connect.h>
 #include <dorcpp/dorx.h>
 
+#include "explorer/connection.h"
 #include "explorer/texts.h"
 
 // Why a database could not be opened.
@@ -43,6 +44,9 @@ public:
     // name: a path or "sqlite:PATH" in multibyte text, or what else the database client knows.
     // Never waits longer than a second for a lock, nor for a pipe. Throws OpenFailure.
     explicit DatabaseSession(const std::string& name);
+    // Waits for a lock as long as the connection says. The password is not kept. Throws
+    // OpenFailure.
+    DatabaseSession(const Connection& connection, const std::wstring& password);
 
     // As it was opened, a path made absolute.
     const std::string& name() const { return m_name; }
@@ -57,6 +61,8 @@ public:
     void readTables();
 
 private:
+    void open(const char* user, const char* password, const char* options, bool verify);
+
     std::string m_name;
     std::string m_path;
     DorCPP::DorConnect m_connection;
@@ -65,6 +71,9 @@ private:
 
 // The file path that a database name stands for; empty when it names a server.
 std::string databasePath(const std::string& name);
+
+// The sentence of a failure, with the details below.
+std::wstring textOf(const OpenFailure& failure);
 
 // The engine's words of an error, in wide text.
 std::wstring messageOf(const DorCPP::DorX& x);

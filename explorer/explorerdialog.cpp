@@ -4,11 +4,13 @@
 
 #include <oviapi/moveobject.h>
 #include <oviapi/painter.h>
+#include <oviapi/systemmetrics.h>
 
 namespace {
 
 constexpr int buttonPadding = 28; // px beside the text of a button, both sides together
 constexpr int narrowestButton = 84;
+constexpr int smallestText = 6; // points
 
 } // namespace
 
@@ -18,10 +20,13 @@ ExplorerDialog::ExplorerDialog(WExtForm& above)
     setParent(&above);
     setFont(above.font());
     setStyle(style() | DialogFrame);
+    OviAPI::connect<&WExtForm::onFontChanged>(*this, *this, &ExplorerDialog::onFormFontChanged);
 }
 
 bool ExplorerDialog::create()
 {
+    if (isCreated()) // a modal loop asks for it again
+        return true;
     if (!WExtDialog::create())
         return false;
     createControls();
@@ -46,9 +51,9 @@ OviAPI::SlotResult ExplorerDialog::onCharsetChanged(OviAPI::Object*)
     return 0;
 }
 
-void ExplorerDialog::add(OviAPI::WTypicalControl& control)
+void ExplorerDialog::add(OviAPI::WTypicalControl& control, OviAPI::Container& parent)
 {
-    control.setParent(this);
+    control.setParent(&parent);
     control.setFont(font());
     control.create();
 }
@@ -56,6 +61,17 @@ void ExplorerDialog::add(OviAPI::WTypicalControl& control)
 int ExplorerDialog::textHeight() const
 {
     return OviAPI::GetTextSize(font(), L"Xg").height;
+}
+
+int ExplorerDialog::scaled(int px) const
+{
+    constexpr int usualHeight = 18; // px of a line of Helvetica of 10 points
+    return px * std::max(textHeight(), usualHeight) / usualHeight;
+}
+
+int ExplorerDialog::buttonWidth(const OviAPI::WButton& button) const
+{
+    return OviAPI::GetTextSize(font(), button.text()).width + buttonPadding;
 }
 
 // Counts lines as a breaking at blanks gives them; a little generous where words are long.
@@ -90,8 +106,7 @@ int ExplorerDialog::layoutButtons(std::initializer_list<OviAPI::WButton*> button
     const int height = fieldHeight();
     for (auto button = buttons.end(); button != buttons.begin();) {
         --button;
-        const int text = OviAPI::GetTextSize(font(), (*button)->text()).width;
-        const int wide = std::max(narrowestButton, text + buttonPadding);
+        const int wide = std::max(narrowestButton, buttonWidth(**button));
         (*button)->move(right - wide, top, wide, height);
         right -= wide + Gap;
     }
@@ -100,7 +115,31 @@ int ExplorerDialog::layoutButtons(std::initializer_list<OviAPI::WButton*> button
 
 void ExplorerDialog::arrange()
 {
-    const int width = contentWidth();
-    const int bottom = layout(width);
-    move(x(), y(), width + 2 * Margin, bottom + Margin);
+    const OviAPI::Rect screen = OviAPI::SystemMetrics::getAvailableRect();
+    const int widest = static_cast<int>(screen.width()) - 2 * Margin;
+    const int width = std::min(contentWidth(), widest);
+    const OviAPI::Size size{width + 2 * Margin, layout(width) + Margin};
+    const OviAPI::Rect place =
+        OviAPI::MoveObject::centered(size, {x(), y(), x() + size.width, y() + size.height}, screen);
+    move(place.left, place.top, size.width, size.height);
+}
+
+OviAPI::Font ExplorerDialog::fittedFont(const std::wstring& text, OviAPI::Size room) const
+{
+    const OviAPI::Font own = font();
+    for (int size = own.size(); size > smallestText; --size) {
+        const OviAPI::Font fitted(own.name(), size, own.bold(), own.italic());
+        const OviAPI::Size needed = OviAPI::GetTextSize(fitted, text);
+        if (needed.width <= room.width && needed.height <= room.height)
+            return fitted;
+    }
+    return {own.name(), std::min(own.size(), smallestText), own.bold(), own.italic()};
+}
+
+// Emitted when the font has reached the controls.
+OviAPI::SlotResult ExplorerDialog::onFormFontChanged(OviAPI::Object*, FontKind kind, OviAPI::Font)
+{
+    if (kind == fkControls && isCreated())
+        arrange();
+    return 0;
 }

@@ -11,7 +11,8 @@
 #include "explorer/textlookup.h"
 
 // A dialog gives its texts in loadTexts and places its controls in layout; both are called again
-// when the language changes. Owned by the code that runs it.
+// when the language changes, and layout when the font of controls does. Owned by the code that runs
+// it.
 class ExplorerDialog : public WExtDialog {
 public:
     // above: the window the dialog belongs to.
@@ -32,12 +33,21 @@ protected:
     virtual void loadTexts() = 0;
     // Places the controls between the margins and gives the height that they take.
     virtual int layout(int width) = 0;
-    // px between the margins
-    virtual int contentWidth() const { return 440; }
+    // px between the margins, before the screen limits it
+    virtual int contentWidth() const { return scaled(440); }
 
-    void add(OviAPI::WTypicalControl& control);
+    void add(OviAPI::WTypicalControl& control) { add(control, *this); }
+    void add(OviAPI::WTypicalControl& control, OviAPI::Container& parent);
+    // Sizes the dialog for its texts and font anew, and keeps it on the screen.
+    void arrange();
+    // The dialog's font, made as much smaller as the text needs to fit, 6 points at least.
+    OviAPI::Font fittedFont(const std::wstring& text, OviAPI::Size room) const;
     int textHeight() const;
     int fieldHeight() const { return textHeight() + 12; }
+    // Room for text that takes so many px at the usual size, for the dialog's font.
+    int scaled(int px) const;
+    // What a button takes for its text.
+    int buttonWidth(const OviAPI::WButton& button) const;
     // Of a text broken to a width.
     int wrappedHeight(const std::wstring& text, int width) const;
     // Places the buttons at the right end of a row whose top is given; the last one stands at the
@@ -45,5 +55,5 @@ protected:
     int layoutButtons(std::initializer_list<OviAPI::WButton*> buttons, int width, int top);
 
 private:
-    void arrange();
+    OviAPI::SlotResult onFormFontChanged(OviAPI::Object*, FontKind kind, OviAPI::Font font);
 };

@@ -37,6 +37,55 @@ OviAPI::Font readFont(const XMLUtils::XMLElementA& element, XMLUtils::XMLEncodin
         element.getChild("Underline").getBoolean(),   element.getChild("Strikeout").getBoolean()};
 }
 
+void writeConnection(XMLUtils::XMLElementA& element, const Connection& connection,
+                     XMLUtils::XMLEncoding encoding)
+{
+    element.addChild("Engine").setString(connection.engine, encoding);
+    element.addChild("Path").setString(connection.path, encoding);
+    element.addChild("Verify").setBoolean(connection.verify);
+    element.addChild("Host").setString(connection.host, encoding);
+    element.addChild("Port").setInteger(connection.port);
+    element.addChild("Database").setString(connection.database, encoding);
+    element.addChild("User").setString(connection.user, encoding);
+    element.addChild("Parameters").setString(connection.parameters, encoding);
+    element.addChild("ReadOnly").setBoolean(connection.readOnly);
+    element.addChild("LockWait").setInteger(connection.lockWait);
+}
+
+// Throws XMLException when a part is missing or out of its range.
+Connection readConnection(const XMLUtils::XMLElementA& element, XMLUtils::XMLEncoding encoding)
+{
+    Connection connection;
+    connection.engine = element.getChild("Engine").getString(encoding);
+    connection.path = element.getChild("Path").getString(encoding);
+    connection.verify = element.getChild("Verify").getBoolean();
+    connection.host = element.getChild("Host").getString(encoding);
+    connection.port = element.getChild("Port").getInteger();
+    connection.database = element.getChild("Database").getString(encoding);
+    connection.user = element.getChild("User").getString(encoding);
+    connection.parameters = element.getChild("Parameters").getString(encoding);
+    connection.readOnly = element.getChild("ReadOnly").getBoolean();
+    connection.lockWait = element.getChild("LockWait").getInteger();
+    connection.port = std::clamp(connection.port, 0, Connection::HighestPort);
+    connection.lockWait = std::clamp(connection.lockWait, 0, Connection::LongestWait);
+    return connection;
+}
+
+// A connection that cannot be read is left out.
+RecentConnections readConnections(const XMLUtils::XMLElementA& element,
+                                  XMLUtils::XMLEncoding encoding)
+{
+    RecentConnections connections;
+    for (size_t i = element.childCount(); i > 0; --i) { // the oldest first
+        try {
+            connections.add(readConnection(element.child(i - 1), encoding));
+        } catch (const XMLUtils::XMLException&) {
+            continue; // the others can still be used
+        }
+    }
+    return connections;
+}
+
 // Runs one reading step; a key that is missing or bad gives the fallback.
 template<class Read, class Fallback>
 void readOr(Read read, Fallback fallback)
@@ -57,6 +106,10 @@ void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
     element.addChild("LastDatabase").setString(LastDatabase, encoding);
     element.addChild("Splitter").setInteger(Splitter);
     writeFont(element.addChild("FontGrid"), FontGrid, encoding);
+    XMLUtils::XMLElementA& connections = element.addChild("Connections");
+    for (const Connection& connection : Connections.all())
+        writeConnection(connections.addChild("Connection"), connection, encoding);
+    RemoveConnection.serialize(element.addChild("RemoveConnection"), encoding);
 }
 
 void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
@@ -71,6 +124,10 @@ void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
         Splitter = DefaultSplitter;
     readOr([&] { FontGrid = readFont(element.getChild("FontGrid"), encoding); },
            [&] { FontGrid = defaultGridFont(); });
+    readOr([&] { Connections = readConnections(element.getChild("Connections"), encoding); },
+           [&] { Connections = {}; });
+    readOr([&] { RemoveConnection.deserialize(element.getChild("RemoveConnection"), encoding); },
+           [&] { RemoveConnection = {}; });
 }
 
 void ExplorerOptions::initDefaults()
@@ -79,6 +136,8 @@ void ExplorerOptions::initDefaults()
     LastDatabase.clear();
     Splitter = DefaultSplitter;
     FontGrid = defaultGridFont();
+    Connections = {};
+    RemoveConnection = {};
 }
 
 void ExplorerOptions::initDefaultMainFormRect()
@@ -95,5 +154,6 @@ void ExplorerOptions::initDefaultMainFormRect()
 bool ExplorerOptions::operator==(const ExplorerOptions& other) const
 {
     return TypicalOptions::operator==(other) && LastDatabase == other.LastDatabase &&
-           Splitter == other.Splitter && FontGrid == other.FontGrid;
+           Splitter == other.Splitter && FontGrid == other.FontGrid &&
+           Connections == other.Connections && RemoveConnection == other.RemoveConnection;
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/typicaloptions.h"
+#include "explorer/connection.h"
 
 // Adds the explorer's own settings to the usual ones; each has a fallback of its own.
 class ExplorerOptions : public TypicalOptions {
@@ -23,4 +24,6 @@ public:
     WCharString LastDatabase;           // as it was opened; empty: the sample
     int32_t Splitter = DefaultSplitter; // width of the list of tables, px
     OviAPI::Font FontGrid;              // of the record views
+    RecentConnections Connections;
+    TypicalConfirm RemoveConnection; // whether to take a connection off the list
 };

@@ -44,11 +44,16 @@ std::optional<int> monthOf(std::string_view name)
     return static_cast<int>(at / 3) + 1;
 }
 
-// The members of the list that is the only value of the top object.
-const std::vector<Json>* listNamed(const Json& root, std::string_view name)
+// Calls the function for every item of the list of this name in the top object.
+template<class Function>
+void forEachItem(std::string_view text, std::string_view name, Function&& function)
 {
-    const Json* list = root.member(name);
-    return list ? list->array() : nullptr;
+    const auto root = Json::parse(text);
+    const Json* list = root ? root->member(name) : nullptr;
+    if (!list || !list->array())
+        return;
+    for (const Json& item : *list->array())
+        function(item);
 }
 
 } // namespace
@@ -71,35 +76,27 @@ std::vector<Country> parseCountryTable(std::string_view text)
 std::vector<Country> parseCountryJson(std::string_view text)
 {
     std::vector<Country> countries;
-    const auto root = Json::parse(text);
-    const auto* list = root ? listNamed(*root, "3166-1") : nullptr;
-    if (!list)
-        return countries;
-    for (const Json& item : *list) {
+    forEachItem(text, "3166-1", [&countries](const Json& item) {
         Country country{item.text("alpha_2"), item.text("alpha_3"),       item.text("numeric"),
                         item.text("name"),    item.text("official_name"), item.text("flag")};
         if (country.code.size() == 2 && !country.name.empty())
             countries.push_back(std::move(country));
-    }
+    });
     return countries;
 }
 
 std::vector<Subdivision> parseSubdivisionJson(std::string_view text)
 {
     std::vector<Subdivision> parts;
-    const auto root = Json::parse(text);
-    const auto* list = root ? listNamed(*root, "3166-2") : nullptr;
-    if (!list)
-        return parts;
-    for (const Json& item : *list) {
+    forEachItem(text, "3166-2", [&parts](const Json& item) {
         Subdivision part{item.text("code"), item.text("name"), item.text("type"),
                          item.text("parent")};
         if (part.code.size() < 4 || part.code[2] != '-' || part.name.empty())
-            continue;
+            return;
         if (!part.parent.empty() && part.parent.find('-') == std::string::npos)
             part.parent = part.code.substr(0, 3) + part.parent;
         parts.push_back(std::move(part));
-    }
+    });
     return parts;
 }
 

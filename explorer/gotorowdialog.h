@@ -20,7 +20,7 @@ protected:
     void createControls() override;
     void loadTexts() override;
     int layout(int width) override;
-    int contentWidth() const override { return 340; }
+    int contentWidth() const override { return scaled(340); }
 
 private:
     OviAPI::SlotResult onGoPush(OviAPI::Object*);

@@ -41,10 +41,10 @@ void MainForm::setSample(const MachineData& machine, const std::filesystem::path
 
 bool MainForm::create()
 {
+    if (!TypicalOptions::isValidGeometry(m_options.MainFormRect))
+        m_options.initDefaultMainFormRect();
     const OviAPI::Rect& place = m_options.MainFormRect;
-    if (TypicalOptions::isValidGeometry(place))
-        move(place.left, place.top, static_cast<int>(place.width()),
-             static_cast<int>(place.height()));
+    move(place.left, place.top, static_cast<int>(place.width()), static_cast<int>(place.height()));
     setFont(m_options.FontControls);
     setMenu(&m_menu.menu());
     if (!WExtForm::create())
@@ -134,6 +134,10 @@ void MainForm::applyFonts()
     setFont(m_options.FontControls);
     slotFontChanged(this, fkControls, m_options.FontControls);
     slotFontChanged(this, fkRecordView, m_options.FontGrid);
+    slotFontChanged(this, fkTree, m_options.FontTree);
+    slotFontChanged(this, fkEdit, m_options.FontEdits);
+    if (OviAPI::Application* application = OviAPI::Application::instance())
+        application->roledFontsChanged();
     m_pane.fitColumns();
     layOut();
 }

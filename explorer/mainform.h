@@ -65,6 +65,8 @@ private:
 
     bool buildSample();
     void askForDatabase();
+    void connectToDatabase();
+    void changeSettings();
     void takeSession(std::unique_ptr<DatabaseSession> session);
     void showTables(const std::wstring& current);
     void showCurrentTable();
@@ -74,6 +76,7 @@ private:
     void nextPane(int step);
     void resizeText(int kind, int step);
     void normalText();
+    void applySettings();
     void applyFonts();
     void loadTexts();
     void updateTitle();

@@ -7,21 +7,21 @@
 #include <oviapi/text.h>
 #include <oviapi/version.h>
 
+#include "app/extapp.h"
 #include "explorer/builddialog.h"
+#include "explorer/connectdialog.h"
 #include "explorer/gotorowdialog.h"
 #include "explorer/opendialog.h"
+#include "explorer/settingsdialog.h"
 #include "explorer/textlookup.h"
 
 namespace {
-
-constexpr int smallestText = 6; // points
-constexpr int largestText = 40;
 
 enum TextKind : int { ControlText = 1, TableText = 2, AllText = ControlText | TableText };
 
 OviAPI::Font resized(const OviAPI::Font& font, int size)
 {
-    return {font.name(),      std::clamp(size, smallestText, largestText),
+    return {font.name(),      std::clamp(size, Settings::SmallestText, Settings::LargestText),
             font.bold(),      font.italic(),
             font.underline(), font.strikeout()};
 }
@@ -38,6 +38,8 @@ void MainForm::execute(Command command)
     switch (command) {
     case Command::Open:
         return askForDatabase();
+    case Command::Connect:
+        return connectToDatabase();
     case Command::Sample:
         openSample();
         return;
@@ -70,6 +72,8 @@ void MainForm::execute(Command command)
         return resizeText(AllText, -1);
     case Command::NormalSize:
         return normalText();
+    case Command::Settings:
+        return changeSettings();
     case Command::ControlsLarger:
         return resizeText(ControlText, 1);
     case Command::ControlsSmaller:
@@ -93,8 +97,19 @@ void MainForm::execute(Command command)
 void MainForm::askForDatabase()
 {
     OpenDialog dialog(*this, m_options.LastLoadDirectory);
+    if (!dialog.create() || dialog.execModal() != 1 ||
+        !openDatabase(OviAPI::wideToLocale(dialog.database())) || m_session->path().empty())
+        return;
+    Connection opened;
+    opened.path = OviAPI::localeToWide(m_session->path());
+    m_options.Connections.add(opened);
+}
+
+void MainForm::connectToDatabase()
+{
+    ConnectDialog dialog(*this, m_options);
     if (dialog.create() && dialog.execModal() == 1)
-        openDatabase(OviAPI::wideToLocale(dialog.database()));
+        takeSession(dialog.takeSession());
 }
 
 bool MainForm::openDatabase(const std::string& name)
@@ -103,10 +118,7 @@ bool MainForm::openDatabase(const std::string& name)
         takeSession(std::make_unique<DatabaseSession>(name));
         return true;
     } catch (const OpenFailure& failure) {
-        std::wstring reason = textOf(failure.reason());
-        if (!failure.details().empty())
-            reason += L"\n\n" + textOf(TextErrorDetails, failure.details());
-        showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + reason);
+        showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + textOf(failure));
         return false;
     }
 }
@@ -255,7 +267,23 @@ void MainForm::nextPane(int step)
     panes[static_cast<size_t>((now + step + count) % count)]->setFocus();
 }
 
-// --- text sizes
+// --- settings
+
+void MainForm::changeSettings()
+{
+    SettingsDialog dialog(*this, m_options, [this] { applySettings(); });
+    if (dialog.create())
+        dialog.execModal();
+}
+
+void MainForm::applySettings()
+{
+    applyFonts();
+    auto* application = dynamic_cast<ExtApp*>(OviAPI::Application::instance());
+    if (application && application->resources() &&
+        application->resources()->language() != application->getRRSLang(m_options.Language))
+        setLanguage(m_options.Language);
+}
 
 void MainForm::resizeText(int kind, int step)
 {

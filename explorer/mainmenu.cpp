@@ -17,6 +17,7 @@ struct Entry {
 constexpr Entry entries[] = {
     {0, TextMenuFile},
     {1, TextMenuOpen, Command::Open, L"Ctrl+O"},
+    {1, TextMenuConnect, Command::Connect, L"Ctrl+Shift+O"},
     {1, TextMenuSample, Command::Sample},
     {1, TextMenuClose, Command::Close, L"Ctrl+W"},
     {1, 0},
@@ -43,6 +44,8 @@ constexpr Entry entries[] = {
     {2, TextMenuControlsSmaller, Command::ControlsSmaller},
     {2, TextMenuTablesLarger, Command::TablesLarger},
     {2, TextMenuTablesSmaller, Command::TablesSmaller},
+    {1, 0},
+    {1, TextMenuSettings, Command::Settings, L"Ctrl+,"},
     {0, TextMenuHelp},
     {1, TextMenuKeys, Command::Keys, L"F1"},
     {1, TextMenuAbout, Command::About},

@@ -66,7 +66,7 @@ void TableCounter::beginNext()
         m_current = std::make_unique<BackgroundStatement>(*m_connection, countText(m_names[m_next]),
                                                           DorCPP::ModeReadOnly);
     } catch (const DorCPP::DorX& x) {
-        give({TableCount::Failed, 0, messageOf(x)});
+        give({TableCount::Failed, 0, x});
     }
 }
 
@@ -81,7 +81,7 @@ void TableCounter::takeResult()
         cursor.getData(1, DorCPP::TypeBigint, &rows, sizeof rows);
         count.rows = static_cast<long>(rows);
     } catch (const DorCPP::DorX& x) {
-        count = {TableCount::Failed, 0, messageOf(x)};
+        count = {TableCount::Failed, 0, x};
     }
     give(count);
 }

@@ -16,8 +16,8 @@ struct TableCount {
     enum State { Known, GivenUp, Failed };
 
     State state = Known;
-    long rows = 0;       // when known
-    std::wstring reason; // when it failed: the engine's words
+    long rows = 0;        // when known
+    DorCPP::DorX error{}; // when it failed
 };
 
 // Each count is a statement of its own on a worker; one that takes longer than the limit is

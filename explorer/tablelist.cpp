@@ -23,7 +23,7 @@ TableList::TableList()
     OviAPI::aCColumn& rows = *m_data.GetColInfo(Rows);
     rows.autoAlign = false;
     rows.cellAlign = OviAPI::TextRight | OviAPI::TextVCenter;
-    SetListBoxMode(true, 2);
+    SetListBoxMode(true, OneWholeRow);
     ShowRowHeaders(false);
     SetWideMargin(true);
 }
@@ -102,7 +102,7 @@ void TableList::fillRow(size_t table)
     }
     const std::wstring reason = count->state == TableCount::GivenUp
                                     ? textOf(TextCountUnknown)
-                                    : textOf(TextCountFailed, count->reason);
+                                    : textOf(TextCountFailed, messageOf(count->error));
     m_data.StoreText(Rows, row, unknown);
     m_data.MarkCell(Rows, row, OviAPI::StampInvalid, reason.c_str());
 }

@@ -89,7 +89,7 @@ void TablePane::begin(const std::wstring& table, bool keepPlace)
         m_timer.start();
     } catch (const DorCPP::DorX& x) {
         m_loading.reset();
-        fail(messageOf(x));
+        fail([x] { return messageOf(x); });
     }
 }
 
@@ -105,7 +105,8 @@ OviAPI::SlotResult TablePane::look(OviAPI::Object*)
     } else if (!m_loading->announced &&
                std::chrono::steady_clock::now() - m_loading->started > noticeAfter) {
         m_loading->announced = true;
-        showNotice(TextNoticeReading, TextNoticeReadingHint, m_loading->table);
+        showNotice(TextNoticeReading, TextNoticeReadingHint,
+                   [table = m_loading->table] { return table; });
     }
     return 1;
 }
@@ -117,9 +118,9 @@ void TablePane::takeResult()
         loading->statement->result();
         showRows(std::move(loading->statement), loading->keepPlace && hasTable());
     } catch (const DorCPP::DorX& x) {
-        fail(messageOf(x));
+        fail([x] { return messageOf(x); });
     } catch (const OviAPI::aCDataFailure&) {
-        fail(textOf(TextErrorOther));
+        fail([] { return textOf(TextErrorOther); });
     }
 }
 
@@ -163,19 +164,19 @@ void TablePane::cancel()
         return;
     m_timer.stop();
     m_loading.reset();
-    fail(textOf(TextErrorStopped));
+    fail([] { return textOf(TextErrorStopped); });
 }
 
-void TablePane::fail(const std::wstring& reason)
+void TablePane::fail(Words reason)
 {
-    showNotice(TextNoticeTableFailed, TextNoticeTableFailedHint, reason);
+    showNotice(TextNoticeTableFailed, TextNoticeTableFailedHint, std::move(reason));
 }
 
-void TablePane::showNotice(TextId heading, TextId hint, const std::wstring& argument)
+void TablePane::showNotice(TextId heading, TextId hint, Words argument)
 {
     m_heading = heading;
     m_hint = hint;
-    m_argument = argument;
+    m_argument = std::move(argument);
     loadTexts();
     m_view.SetDataSet(nullptr, false);
     m_data.reset();
@@ -221,7 +222,8 @@ void TablePane::fitColumns()
 
 void TablePane::loadTexts()
 {
-    m_notice.setNotice(textOf(m_heading, m_argument), textOf(m_hint, m_argument));
+    const std::wstring argument = m_argument ? m_argument() : std::wstring();
+    m_notice.setNotice(textOf(m_heading, argument), textOf(m_hint, argument));
     if (hasTable())
         m_view.setAccessibleName(textOf(TextRecordsName, m_table).c_str());
 }

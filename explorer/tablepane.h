@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -58,13 +59,15 @@ public:
 
 private:
     struct Loading;
+    // A text in the present language.
+    using Words = std::function<std::wstring()>;
 
     OviAPI::SlotResult look(OviAPI::Object*);
     OviAPI::SlotResult onFocus(OviAPI::Object*, int, long);
     void begin(const std::wstring& table, bool keepPlace);
     void takeResult();
-    void fail(const std::wstring& reason);
-    void showNotice(TextId heading, TextId hint, const std::wstring& argument = {});
+    void fail(Words reason);
+    void showNotice(TextId heading, TextId hint, Words argument = {});
     void showRows(std::unique_ptr<BackgroundStatement> statement, bool keepPlace);
     void tell();
     void layOut();
@@ -79,7 +82,7 @@ private:
     OviAPI::WTimer m_timer;
     TextId m_heading;
     TextId m_hint;
-    std::wstring m_argument;
+    Words m_argument; // of heading and hint; null for none
 };
 
 OVIAPI_SIGNAL(TablePane, onPlaceChanged);

@@ -108,6 +108,7 @@ void Tour::plan(const std::string& database)
     chooseTable("view", L"size_by_section");
     keys("menu", {VirtualKey(letter('O'), OviAPI::ModifierAlt, L'o'), down});
     keys("", {escape, escape});
+    planDialogs("");
     keys("russian", {controlKey(letter('L'))});
     keys("open-dialog", {controlKey(letter('O'))});
     step("bad-file", [this] {
@@ -116,12 +117,36 @@ void Tour::plan(const std::string& database)
     });
     keys("", {enter});
     keys("go-to-row", {controlKey(letter('G'))});
-    keys("", {escape, controlKey(letter('L'))});
+    keys("", {escape});
+    planDialogs("-russian");
+    keys("", {controlKey(letter('L'))});
     keys("larger-text", times(4, controlKey(OviAPI::KeyPlus, L'+')));
     step("small-window", [this] { m_form.move(m_form.x(), m_form.y(), 640, 480); });
     keys("keys", {VirtualKey(OviAPI::KeyF1)});
     keys("", {enter, controlKey(OviAPI::Key0)});
     keys("closed", {controlKey(letter('W'))});
+}
+
+// The dialogs for connections and settings, by keys that are the same in both languages.
+void Tour::planDialogs(const std::string& suffix)
+{
+    const VirtualKey tab(OviAPI::KeyTab);
+    const VirtualKey shiftTab(OviAPI::KeyTab, OviAPI::ModifierShift);
+    const VirtualKey space(OviAPI::KeySpace, OviAPI::ModifierNone, L' ');
+    const VirtualKey escape(OviAPI::KeyEscape);
+
+    keys("connect" + suffix, {{letter('O'), OviAPI::ModifierControl | OviAPI::ModifierShift, 0}});
+    keys("connect-advanced" + suffix, {tab, tab, space});
+    step("connect-failed" + suffix, [this, shiftTab] {
+        for (int i = 0; i < 4; ++i) // from the first advanced setting over three buttons
+            InputDriver::key(shiftTab);
+        InputDriver::type(OviAPI::localeToWide(m_badFile));
+        InputDriver::key(OviAPI::KeyEnter);
+    });
+    keys("", {escape});
+    keys("settings" + suffix, {controlKey(OviAPI::KeyComma, L',')});
+    keys("settings-answers" + suffix, {controlKey(OviAPI::KeyTab)});
+    keys("", {escape});
 }
 
 void Tour::step(std::string picture, std::function<void()> act)

@@ -31,6 +31,7 @@ private:
     };
 
     void plan(const std::string& database);
+    void planDialogs(const std::string& suffix);
     void step(std::string picture, std::function<void()> act);
     void keys(std::string picture, std::vector<OviAPI::VirtualKey> keys);
     void chooseTable(const std::string& picture, const std::wstring& name);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <dorcpp/dorx.h>
+#include <oviapi/text.h>
 
 #include "database.h"
 #include "explorer/samplebuilder.h"
@@ -72,7 +73,7 @@ TEST_F(SampleDatabase, HoldsPlacesInTheirOwnScripts)
     buildFixtures();
     TestDatabase database(path());
     EXPECT_EQ(database.value("SELECT name FROM subdivision WHERE code = 'RU-MOW'"),
-              "\xD0\x9C\xD0\xBE\xD1\x81\xD0\xBA\xD0\xB2\xD0\xB0");
+              OviAPI::wideToLocale(L"\u041C\u043E\u0441\u043A\u0432\u0430"));
     EXPECT_EQ(database.value("SELECT count(*) FROM country"), "3");
     EXPECT_EQ(database.value("SELECT country, length(rules) FROM zone "
                              "WHERE name = 'Europe/Moscow'"),
