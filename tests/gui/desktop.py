@@ -44,6 +44,8 @@ class Desktop:
         except subprocess.TimeoutExpired:
             process.kill()
             process.wait()
+        if process.stdout:
+            process.stdout.close()
 
     @staticmethod
     def wait_until(condition, what):

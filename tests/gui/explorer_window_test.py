@@ -35,7 +35,7 @@ class ExplorerInARealWindow(unittest.TestCase):
         self.desktop = Desktop()
         self.addCleanup(self.desktop.__exit__)
         self.explorer = self.desktop.start(
-            EXPLORER, f"--config-dir={self.folder / 'config'}", str(self.database), LC_ALL="C.UTF-8")
+            EXPLORER, f"--config-dir={self.folder / 'config'}", str(self.database))
         self.window = self.desktop.window("market.db")
         self.wait_for_focus("market.db")
 

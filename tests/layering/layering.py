@@ -3,6 +3,7 @@
 
   layering.py includes DEPS SOURCE        folder order and foreign headers, from `ninja -t deps`
   layering.py needed LIBRARY NAME...      the shared libraries that LIBRARY may need, and no other
+  layering.py soname LIBRARY NAME         the name by which programs will ask for LIBRARY
   layering.py exports LIBRARY             exported symbols belong to the library's own interface
   layering.py headers SOURCE COMPILER     every public header compiles alone, without a toolkit
   layering.py trap SOURCE COMPILER        a stray toolkit or engine include is an error
@@ -96,6 +97,13 @@ def check_needed(library, allowed):
             yield f"{library} needs {name}"
 
 
+def check_soname(library, expected):
+    out = subprocess.run(["readelf", "-d", library], check=True, capture_output=True, text=True)
+    names = re.findall(r"\(SONAME\).*\[(.+?)\]", out.stdout)
+    if names != [expected]:
+        yield f"{library} calls itself {' '.join(names) or 'nothing'}, not {expected}"
+
+
 def check_exports(library):
     out = subprocess.run(["nm", "-D", "--defined-only", "-C", library], check=True,
                          capture_output=True, text=True)
@@ -160,6 +168,8 @@ def main(arguments):
         faults = check_includes(pathlib.Path(rest[0]).read_text(), rest[1])
     elif command == "needed":
         faults = check_needed(rest[0], set(rest[1:]))
+    elif command == "soname":
+        faults = check_soname(rest[0], rest[1])
     elif command == "exports":
         faults = check_exports(rest[0])
     elif command == "headers":
