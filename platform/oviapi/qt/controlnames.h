@@ -6,8 +6,8 @@ class QWidget;
 namespace OviAPI {
 
 // Gives every label with a mnemonic the control it leads to: its buddy, which may have been created
-// after it, else the control beside or below it, else the next one behind it that takes the focus by
-// Tab.
+// after it, else the control beside or below it, else the next one behind it that takes the focus
+// by Tab.
 void joinLabels(QWidget* surface);
 
 // Gives every field and list on the surface that has neither a name of its own nor a label that

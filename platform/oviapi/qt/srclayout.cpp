@@ -136,8 +136,9 @@ void SrcLayout::setFont(const QFont& font, int tabWidth)
     m_font = font;
     m_font.setKerning(false);
     const QFontMetricsF metrics(m_font);
-    m_lineHeight = static_cast<int>(std::ceil(metrics.lineSpacing())) + 1;
-    m_ascent = static_cast<int>(std::ceil(metrics.ascent()));
+    // A pixel above, and two below for underscores that reach under the descent.
+    m_ascent = static_cast<int>(std::ceil(metrics.ascent())) + 1;
+    m_lineHeight = m_ascent + static_cast<int>(std::ceil(metrics.descent())) + 2;
     m_digit = metrics.horizontalAdvance(QLatin1Char('0'));
     m_tab = std::max(1.0, metrics.horizontalAdvance(QLatin1Char(' ')) * tabWidth);
     m_low.assign(lowCharacters, -1.0);

@@ -143,8 +143,9 @@ void CSrcEdit::SrcNative::paintMargin(QPainter& painter, const SrcColors& colors
         painter.fillRect(box, colors.caretLine);
     painter.setFont(layout.font());
     painter.setPen(current ? colors.text : colors.number);
-    painter.drawText(box.adjusted(0, 0, -srcGap, 0), Qt::AlignRight | Qt::AlignTop,
-                     QString::number(line + 1));
+    const QString number = QString::number(line + 1);
+    const double width = layout.digitWidth() * static_cast<double>(number.size());
+    painter.drawText(QPointF(marginWidth - srcGap - width, y + layout.ascent()), number);
     if (!state.hasError || line != state.error.line)
         return;
     const double size = layout.lineHeight() * 0.5;
