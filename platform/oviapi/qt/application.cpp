@@ -25,6 +25,7 @@
 
 #include "controlnames.h"
 #include "native.h"
+#include "outlinestyle.h"
 #include "toolkit.h"
 
 namespace OviAPI {
@@ -158,6 +159,8 @@ Toolkit::Toolkit(int count, char** values)
     QApplication::setQuitOnLastWindowClosed(false);
     application = std::make_unique<QApplication>(argc, argv.data());
     selectLocale();
+    OutlineStyle::installIfNeeded();
+    liftDisabledTexts();
     office = std::make_unique<PostOffice>();
 
     if (wakeDescriptor < 0)
