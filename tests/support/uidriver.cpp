@@ -252,6 +252,9 @@ void resizeWindow(WForm& form, int width, int height)
     if (QWindow* window = windowOf(form))
         window->resize(width, height);
     QCoreApplication::processEvents();
+    const QWidget* widget = form.native() ? form.native()->widget.data() : nullptr;
+    if (widget) // a window manager answers later
+        waitUntil([&] { return widget->size() == QSize(width, height); });
 }
 
 void answerMessageBox(int button)
