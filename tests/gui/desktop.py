@@ -24,6 +24,8 @@ class Desktop:
             self.display = ":" + pipe.readline().strip()
         self.environment = {**os.environ, "DISPLAY": self.display, "QT_QPA_PLATFORM": "xcb",
                             "QT_NO_XDG_DESKTOP_PORTAL": "1"}
+        # Without a bus the client library would try to start one, and leaks what that takes.
+        self.environment.setdefault("DBUS_SESSION_BUS_ADDRESS", "disabled:")
         manager = subprocess.Popen(["openbox"], env=self.environment, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL)
         self._stack.callback(self._end, manager)
