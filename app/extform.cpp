@@ -140,12 +140,14 @@ void WExtForm::setChildFont(OviAPI::VisualObject* child, FontKind kind, const Ov
 
 void WExtForm::closeModal(int result)
 {
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the window is hidden, the form is not closed
     OviAPI::WVisualObject::show(false);
     exitModal(result);
 }
 
 void WExtForm::closeModal(wchar_t* result)
 {
+    // NOLINTNEXTLINE(bugprone-parent-virtual-call): the window is hidden, the form is not closed
     OviAPI::WVisualObject::show(false);
     exitModal(result);
 }

@@ -128,7 +128,7 @@ OviAPI::Font ExplorerDialog::fittedFont(const std::wstring& text, OviAPI::Size r
 {
     const OviAPI::Font own = font();
     for (int size = own.size(); size > smallestText; --size) {
-        const OviAPI::Font fitted(own.name(), size, own.bold(), own.italic());
+        OviAPI::Font fitted(own.name(), size, own.bold(), own.italic());
         const OviAPI::Size needed = OviAPI::GetTextSize(fitted, text);
         if (needed.width <= room.width && needed.height <= room.height)
             return fitted;

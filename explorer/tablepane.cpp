@@ -24,8 +24,6 @@ struct TablePane::Loading {
 
 TablePane::TablePane()
     : m_timer(lookInterval)
-    , m_heading(TextNoticeNoDatabase)
-    , m_hint(TextNoticeNoDatabaseHint)
 {
     OviAPI::connect<&OviAPI::WTimer::onTimer>(m_timer, *this, &TablePane::look);
     OviAPI::connect<&OviAPI::aCRecordView::onCellGetFocus>(m_view, *this, &TablePane::onFocus);

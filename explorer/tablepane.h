@@ -80,8 +80,8 @@ private:
     OviAPI::aCRecordView m_view;
     NoticePanel m_notice;
     OviAPI::WTimer m_timer;
-    TextId m_heading;
-    TextId m_hint;
+    TextId m_heading = TextNoticeNoDatabase;
+    TextId m_hint = TextNoticeNoDatabaseHint;
     Words m_argument; // of heading and hint; null for none
 };
 

@@ -269,7 +269,7 @@ SlotResult aCRecordView::onCharsetChanged(Object* sender)
 
 std::wstring aCRecordView::cellHint(int col, long row)
 {
-    const aCString fault = GetRowFault(row);
+    aCString fault = GetRowFault(row);
     if (!fault.empty())
         return fault;
     Rect cell;

@@ -66,7 +66,7 @@ std::optional<int64_t> readUnits(std::wstring_view text, int digits, std::wstrin
         shift(digit);
     for (size_t i = 0; i < static_cast<size_t>(digits); ++i)
         shift(i < decimals.size() ? decimals[i] : L'0');
-    const size_t next = static_cast<size_t>(digits);
+    const auto next = static_cast<size_t>(digits);
     if (next < decimals.size() && decimals[next] >= L'5' && value < limit)
         ++value;
     // In unsigned numbers, so that the least number has no positive one to pass through.

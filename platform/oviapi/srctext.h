@@ -17,6 +17,7 @@ struct SrcPoint {
     int line = 0;
     int column = 0;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the check takes the 0 inside the comparison for one
     auto operator<=>(const SrcPoint&) const = default;
 };
 
