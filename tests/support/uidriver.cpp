@@ -374,6 +374,13 @@ std::wstring accessibleName(WVisualObject& object)
     return interface ? interface->text(QAccessible::Name).toStdWString() : std::wstring();
 }
 
+int accessibleRole(WVisualObject& object)
+{
+    QAccessibleInterface* interface =
+        object.native() ? QAccessible::queryAccessibleInterface(object.native()->widget) : nullptr;
+    return interface ? interface->role() : 0;
+}
+
 WVisualObject* focused()
 {
     return WVisualObject::focusedObject();

@@ -94,6 +94,8 @@ uint32_t pixel(OviAPI::WVisualObject& object, int x, int y);
 
 // What assistive technology is told.
 std::wstring accessibleName(OviAPI::WVisualObject& object);
+// The toolkit's number of its role, 0 for none.
+int accessibleRole(OviAPI::WVisualObject& object);
 // The object with the focus in the active window; null when there is none.
 OviAPI::WVisualObject* focused();
 

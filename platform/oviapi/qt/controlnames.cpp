@@ -11,6 +11,7 @@
 #include <oviapi/static.h>
 
 #include "native.h"
+#include "plaintext.h"
 #include "srcview.h"
 
 namespace OviAPI {
@@ -49,17 +50,6 @@ int distance(const QRect& label, const QRect& widget)
 bool takesNameFrom(const QWidget& widget)
 {
     return qobject_cast<const QAbstractItemView*>(&widget);
-}
-
-QString withoutMnemonic(const QString& text)
-{
-    QString plain;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == '&' && i + 1 < text.size())
-            ++i;
-        plain += text[i];
-    }
-    return plain;
 }
 
 bool hasMnemonic(const QString& text)

@@ -7,6 +7,8 @@
 #include <QStyleFactory>
 #include <QStyleOption>
 
+#include "colormix.h"
+
 namespace OviAPI {
 
 namespace {
@@ -49,9 +51,7 @@ void liftDisabledTexts()
         if (distance(palette.color(QPalette::Disabled, text), below) >= leastDistance)
             continue;
         const QColor above = palette.color(QPalette::Active, text);
-        lifted.setColor(QPalette::Disabled, text,
-                        QColor((above.red() + below.red()) / 2, (above.green() + below.green()) / 2,
-                               (above.blue() + below.blue()) / 2));
+        lifted.setColor(QPalette::Disabled, text, mix(below, above, 1, 2));
         needed = true;
     }
     if (needed)

@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 
+#include "colormix.h"
 #include "convert.h"
 
 namespace OviAPI {
@@ -14,14 +15,6 @@ namespace {
 
 constexpr double wantedContrast = 3.0;
 constexpr int mixSteps = 32;
-
-// A part of one colour, from 0 to of, in another.
-QColor mix(const QColor& base, const QColor& added, int part, int of)
-{
-    const auto one = [&](int b, int a) { return b + (a - b) * part / of; };
-    return QColor(one(base.red(), added.red()), one(base.green(), added.green()),
-                  one(base.blue(), added.blue()));
-}
 
 QColor roleColor(const QPalette& palette, ColorNumber number)
 {

@@ -7,6 +7,7 @@
 #include <QAccessibleWidget>
 #include <QPainter>
 
+#include "colormix.h"
 #include "native.h"
 
 namespace OviAPI {
@@ -29,18 +30,14 @@ public:
         return named ? QAccessible::Grouping : QAccessibleWidget::role();
     }
 
-    // Makes the toolkit ask here for panels; once.
-    static void install()
+    // Makes the toolkit ask here for panels. It forgets that with each application.
+    static void install() { QAccessible::installFactory(&make); }
+
+private:
+    static QAccessibleInterface* make(const QString&, QObject* object)
     {
-        static const bool done = [] {
-            QAccessible::installFactory(
-                [](const QString&, QObject* object) -> QAccessibleInterface* {
-                    auto* panel = dynamic_cast<PanelWidget*>(object);
-                    return panel ? new PanelAccessible(panel) : nullptr; // the toolkit owns it
-                });
-            return true;
-        }();
-        static_cast<void>(done);
+        auto* panel = dynamic_cast<PanelWidget*>(object);
+        return panel ? new PanelAccessible(panel) : nullptr; // the toolkit owns it
     }
 };
 
@@ -48,11 +45,7 @@ public:
 // background is 2.3 on a light one and about 3 on a dark one.
 QColor frameColor(const QPalette& palette)
 {
-    const QColor text = palette.color(QPalette::WindowText);
-    const QColor window = palette.color(QPalette::Window);
-    const auto mixed = [](int a, int b) { return (a * 35 + b * 65) / 100; };
-    return {mixed(text.red(), window.red()), mixed(text.green(), window.green()),
-            mixed(text.blue(), window.blue())};
+    return mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), 35, 100);
 }
 
 // A frame inside the rectangle. At a scale that is no whole number a widget may begin and end

@@ -28,6 +28,13 @@ bool isDrawnAsItIs(const QFont& font)
 
 } // namespace
 
+void PlainFont::Line::clear()
+{
+    glyphs.clear();
+    places.clear();
+    width = 0;
+}
+
 PlainFont::PlainFont(const QFont& font)
     : m_metrics(font)
     , m_raw(QRawFont::fromFont(font))
@@ -62,9 +69,7 @@ qreal PlainFont::pairAdvance(char16_t first, char16_t second)
 
 bool PlainFont::layOut(const QString& text, Line& line)
 {
-    line.glyphs.clear();
-    line.places.clear();
-    line.width = 0;
+    line.clear();
     if (!m_plain)
         return false;
     char16_t before = 0;

@@ -25,6 +25,8 @@ public:
         std::vector<quint32> glyphs;
         std::vector<QPointF> places; // of the glyphs, from the start of the base line, px
         qreal width = 0;             // px
+
+        void clear();
     };
 
     // False when the text needs shaping; the line says nothing then.

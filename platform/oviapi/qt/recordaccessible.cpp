@@ -137,15 +137,14 @@ RecordAccessible::~RecordAccessible()
 
 void RecordAccessible::install()
 {
-    static const bool done = [] {
-        QAccessible::installFactory([](const QString&, QObject* object) -> QAccessibleInterface* {
-            auto* area = dynamic_cast<ScrollArea*>(object);
-            auto* view = area ? dynamic_cast<aCRecordView*>(&area->owner) : nullptr;
-            return view ? new RecordAccessible(area, *view) : nullptr; // the toolkit owns it
-        });
-        return true;
-    }();
-    static_cast<void>(done);
+    QAccessible::installFactory(&make);
+}
+
+QAccessibleInterface* RecordAccessible::make(const QString&, QObject* object)
+{
+    auto* area = dynamic_cast<ScrollArea*>(object);
+    auto* view = area ? dynamic_cast<aCRecordView*>(&area->owner) : nullptr;
+    return view ? new RecordAccessible(area, *view) : nullptr; // the toolkit owns it
 }
 
 void* RecordAccessible::interface_cast(QAccessible::InterfaceType type)

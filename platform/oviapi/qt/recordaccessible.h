@@ -20,7 +20,7 @@ public:
     RecordAccessible(ScrollArea* area, aCRecordView& view);
     ~RecordAccessible() override;
 
-    // Makes the toolkit ask here for record views; once.
+    // Makes the toolkit ask here for record views. It forgets that with each application.
     static void install();
 
     void* interface_cast(QAccessible::InterfaceType type) override;
@@ -52,6 +52,8 @@ public:
     void modelChange(QAccessibleTableModelChangeEvent*) override {}
 
 private:
+    static QAccessibleInterface* make(const QString&, QObject* object);
+
     class Cell;
 
     struct Page { // what is on the screen

@@ -9,6 +9,7 @@
 #include <oviapi/celldisplay.h>
 #include <oviapi/painter.h>
 
+#include "colormix.h"
 #include "convert.h"
 #include "native.h"
 #include "paintdevice.h"
@@ -97,14 +98,9 @@ void RecordPainter::draw()
         drawHeader();
 }
 
-QColor RecordPainter::mixed(const QColor& over, double share) const
+QColor RecordPainter::faint(const QColor& color, int percent) const
 {
-    const QColor base = palette.color(QPalette::Base);
-    const auto mix = [share](int a, int b) {
-        return static_cast<int>(a * share + b * (1 - share));
-    };
-    return QColor(mix(over.red(), base.red()), mix(over.green(), base.green()),
-                  mix(over.blue(), base.blue()));
+    return mix(palette.color(QPalette::Base), color, percent, 100);
 }
 
 RecordFace& RecordPainter::faceOf(const aCColumn& column)
@@ -207,7 +203,7 @@ void RecordPainter::drawValue(const Cell& cell, const QColor& color)
     qt->setPen(color);
     if ((state & (StampNull | defaultStamps)) != 0 || large) {
         if (!cell.selected)
-            qt->setPen(mixed(color, 0.55));
+            qt->setPen(faint(color, 55));
         drawText(rect, faces.italic, view.GetCellWord(cell.col, cell.row), false);
     } else if (cell.column.displayKind == aCColumn::CheckMark) {
         drawCheck(cell);
@@ -267,7 +263,7 @@ void RecordPainter::flush()
         return;
     qt->setPen(waitingColor);
     waitingFace->letters.draw(*qt, QPointF(), waiting);
-    waiting = {};
+    waiting.clear();
 }
 
 void RecordPainter::drawMark(const QRect& rect, unsigned state)
@@ -325,7 +321,7 @@ void RecordPainter::drawCheck(const Cell& cell)
 
 void RecordPainter::drawFault(long row, const QRect& line)
 {
-    qt->setPen(mixed(palette.color(QPalette::Text), 0.7));
+    qt->setPen(faint(palette.color(QPalette::Text), 70));
     if (view.m_listBox && row == view.m_selection.row()) {
         qt->fillRect(line, palette.highlight());
         qt->setPen(palette.color(QPalette::HighlightedText));
@@ -344,7 +340,7 @@ void RecordPainter::drawLines()
     const int top = drawn.top();
     const int bottom = std::min(drawn.bottom() + 1, yOf(std::max(last + 1, view.m_firstRow)));
     qt->setClipRect(drawn);
-    const QColor color = mixed(palette.color(QPalette::Text), 0.18);
+    const QColor color = faint(palette.color(QPalette::Text), 18);
     const qreal thin = 1 / painter.pixelRatio(); // one pixel of the screen
     const auto upright = [&](int x, int from, int to) {
         qt->fillRect(QRectF(x + 1 - thin, from, thin, to - from), color);
@@ -466,7 +462,7 @@ void RecordPainter::drawEmpty()
 {
     qt->setClipRect(cells.intersected(area));
     qt->setFont(faces.plain.font);
-    qt->setPen(mixed(palette.color(QPalette::Text), 0.55));
+    qt->setPen(faint(palette.color(QPalette::Text), 55));
     qt->drawText(cells, Qt::AlignCenter | Qt::TextWordWrap, toQString(view.GetEmptyText()));
 }
 

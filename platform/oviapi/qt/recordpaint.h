@@ -71,7 +71,8 @@ private:
     void section(const QRect& rect, bool horizontal);
     bool isSelected(int col, long row) const;
     RecordFace& faceOf(const aCColumn& column);
-    QColor mixed(const QColor& over, double share) const;
+    // So many per cent of the colour on that of the cells.
+    QColor faint(const QColor& color, int percent) const;
 
     aCRecordView& view;
     Painter& painter;

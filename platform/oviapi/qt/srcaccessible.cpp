@@ -26,10 +26,7 @@ SrcAccessible::SrcAccessible(SrcArea* area)
 
 void SrcAccessible::install()
 {
-    [[maybe_unused]] static const bool once = [] {
-        QAccessible::installFactory(&make);
-        return true;
-    }();
+    QAccessible::installFactory(&make);
 }
 
 CSrcEdit::SrcNative* SrcAccessible::view() const

@@ -9,6 +9,7 @@
 
 #include <oviapi/palette.h>
 
+#include "colormix.h"
 #include "convert.h"
 
 namespace OviAPI {
@@ -20,13 +21,6 @@ constexpr int mixSteps = 64;
 constexpr int simpleRun = 256; // characters
 constexpr int shapedRun = 1024;
 constexpr size_t lowCharacters = 0x600;
-
-QColor mix(const QColor& base, const QColor& added, int part, int of)
-{
-    const auto one = [&](int b, int a) { return b + (a - b) * part / of; };
-    return QColor(one(base.red(), added.red()), one(base.green(), added.green()),
-                  one(base.blue(), added.blue()));
-}
 
 bool within(uint32_t c, uint32_t from, uint32_t to)
 {

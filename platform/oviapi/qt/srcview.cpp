@@ -18,6 +18,7 @@
 #include <oviapi/phrases.h>
 
 #include "convert.h"
+#include "plaintext.h"
 #include "srcaccessible.h"
 #include "srcfindbar.h"
 
@@ -422,8 +423,7 @@ QString CSrcEdit::SrcNative::hint(QPoint place)
     const int line = area->verticalScrollBar()->value() + place.y() / layout.lineHeight();
     if (line != state.error.line)
         return {};
-    const QString text = toQString(state.errorMessage).toHtmlEscaped().replace('\n', "<br>");
-    return "<span>" + text + "</span>";
+    return plainToolTip(toQString(state.errorMessage));
 }
 
 void CSrcEdit::SrcNative::press(QMouseEvent* event)

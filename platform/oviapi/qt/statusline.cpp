@@ -12,8 +12,10 @@
 
 #include <oviapi/celldisplay.h>
 
+#include "colormix.h"
 #include "convert.h"
 #include "dockedbar.h"
+#include "plaintext.h"
 
 namespace OviAPI {
 
@@ -26,11 +28,8 @@ constexpr int lineShare = 25;    // per cent of the text's colour in that of the
 
 QColor lineColor(const QPalette& palette)
 {
-    const QColor text = palette.color(QPalette::WindowText);
-    const QColor window = palette.color(QPalette::Window);
-    const auto mix = [](int a, int b) { return (a * lineShare + b * (100 - lineShare)) / 100; };
-    return QColor(mix(text.red(), window.red()), mix(text.green(), window.green()),
-                  mix(text.blue(), window.blue()));
+    return mix(palette.color(QPalette::Window), palette.color(QPalette::WindowText), lineShare,
+               100);
 }
 
 // A label that cuts its text instead of asking for more room.
@@ -59,8 +58,8 @@ protected:
             event->ignore(); // the line's own may be shown
             return false;
         }
-        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
-                           "<span>" + text().toHtmlEscaped() + "</span>", this);
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), plainToolTip(text()),
+                           this);
         return true;
     }
 

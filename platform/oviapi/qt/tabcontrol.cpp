@@ -15,6 +15,7 @@
 #include "afterevent.h"
 #include "convert.h"
 #include "native.h"
+#include "plaintext.h"
 
 namespace OviAPI {
 
@@ -22,23 +23,6 @@ namespace {
 
 constexpr int widestTab = 300; // px; longer captions are cut
 constexpr int frame = 3;       // px between the edge of the pages' frame and the client area
-
-// A tool tip without tags, since the toolkit would read them.
-QString plainToolTip(const QString& text)
-{
-    return text.isEmpty() ? QString() : "<span>" + text.toHtmlEscaped() + "</span>";
-}
-
-QString withoutMnemonic(const QString& text)
-{
-    QString plain;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == '&' && i + 1 < text.size())
-            ++i;
-        plain += text[i];
-    }
-    return plain;
-}
 
 // Gives the focus to the first control on a page that takes it.
 void focusFirst(QWidget* page)

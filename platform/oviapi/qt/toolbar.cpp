@@ -13,6 +13,7 @@
 #include "convert.h"
 #include "dockedbar.h"
 #include "menunative.h"
+#include "plaintext.h"
 
 namespace OviAPI {
 
@@ -25,17 +26,6 @@ Qt::ToolButtonStyle buttonStyle(long style)
     if (style & WToolBar::CaptionsBelow)
         return Qt::ToolButtonTextUnderIcon;
     return style & WToolBar::Captions ? Qt::ToolButtonTextBesideIcon : Qt::ToolButtonIconOnly;
-}
-
-QString withoutMnemonic(const QString& text)
-{
-    QString plain;
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text[i] == '&' && i + 1 < text.size())
-            ++i;
-        plain += text[i];
-    }
-    return plain;
 }
 
 } // namespace
@@ -141,7 +131,6 @@ struct WToolBar::ToolNative : public BarNative {
     std::vector<QAction*> actions; // of the buttons and separators, in their order
 
 private:
-    // Escaped, since the toolkit would read tags.
     static QString hint(const Button& from)
     {
         QString text = toQString(from.toolTip);
@@ -149,7 +138,7 @@ private:
             text = withoutMnemonic(toQString(from.caption));
         if (!from.shortcut.empty())
             text += " (" + toQString(from.shortcut) + ")";
-        return "<span>" + text.left(maxShownChars).toHtmlEscaped() + "</span>";
+        return plainToolTip(text.left(maxShownChars));
     }
 
     void setMenu(QAction& action, size_t number, bool wanted)

@@ -11,6 +11,7 @@
 
 #include <oviapi/celldisplay.h>
 
+#include "colormix.h"
 #include "convert.h"
 
 namespace OviAPI {
@@ -28,11 +29,7 @@ constexpr int lineShare = 35;     // per cent of the text's colour in that of th
 
 QColor lineColor(const QPalette& palette)
 {
-    const QColor text = palette.color(QPalette::Text);
-    const QColor base = palette.color(QPalette::Base);
-    const auto mix = [](int a, int b) { return (a * lineShare + b * (100 - lineShare)) / 100; };
-    return QColor(mix(text.red(), base.red()), mix(text.green(), base.green()),
-                  mix(text.blue(), base.blue()));
+    return mix(palette.color(QPalette::Base), palette.color(QPalette::Text), lineShare, 100);
 }
 
 } // namespace

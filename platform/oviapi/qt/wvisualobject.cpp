@@ -12,6 +12,7 @@
 #include "convert.h"
 #include "native.h"
 #include "paintdevice.h"
+#include "plaintext.h"
 #include "toolkit.h"
 
 namespace OviAPI {
@@ -454,10 +455,7 @@ void WVisualObject::setToolTip(const wchar_t* text)
 
 void WVisualObject::applyToolTip()
 {
-    // Escaped, since the toolkit would read tags.
-    const QString escaped = toQString(m_toolTip).toHtmlEscaped().replace('\n', "<br>");
-    m_native->surface->setToolTip(escaped.isEmpty() ? QString()
-                                                    : QString("<span>" + escaped + "</span>"));
+    m_native->surface->setToolTip(plainToolTip(toQString(m_toolTip)));
 }
 
 bool WVisualObject::placeInFrontOf(WVisualObject& sibling)

@@ -10,9 +10,9 @@
 struct FormTest : ::testing::Test {
     OviAPI::WForm form;
 
-    FormTest()
+    explicit FormTest(int width = 500, int height = 400)
     {
-        form.move(0, 0, 500, 400);
+        form.move(0, 0, width, height);
         EXPECT_TRUE(form.create());
         UiDriver::showAndActivate(form);
     }

@@ -13,28 +13,16 @@
 
 #include <string>
 
-#include "tests/support/uidriver.h"
+#include "tests/platform/oviapi/fields_support.h"
 
 namespace {
 
 using namespace OviAPI;
 
-struct Controls : ::testing::Test {
-    WForm form;
-
+struct Controls : FormTest {
     Controls()
+        : FormTest(400, 300)
     {
-        form.move(0, 0, 400, 300);
-        EXPECT_TRUE(form.create());
-        UiDriver::showAndActivate(form);
-    }
-    template<class T>
-    T& made(T& control, int x = 10, int y = 10, int w = 150, int h = 30)
-    {
-        control.setParent(&form);
-        control.move(x, y, w, h);
-        EXPECT_TRUE(control.create());
-        return control;
     }
     // Counts what a signal sends.
     struct Counter : Object {

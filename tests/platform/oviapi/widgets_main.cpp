@@ -15,6 +15,8 @@
 #include <oviapi/text.h>
 #include <oviapi/timer.h>
 
+#include "tests/support/uidriver.h"
+
 namespace {
 
 using namespace OviAPI;
@@ -39,6 +41,7 @@ int restart(int argc, char** argv)
     WTimer timer(1);
     SocketNotifier notifier(0);
     menu.insertItem(nullptr, L"item");
+    int role = 0;
     form.move(0, 0, 100, 100);
     for (int round = 1; round <= 2; ++round) {
         Application application;
@@ -52,6 +55,9 @@ int restart(int argc, char** argv)
         form.show(true);
         edit.setText(round == 1 ? L"first" : (edit.text() + L" second").c_str());
         Application::procTaskEvents();
+        if (round == 2 && UiDriver::accessibleRole(form) != role)
+            return 5;
+        role = UiDriver::accessibleRole(form);
     }
     if (form.isCreated() || timer.isRunning() || form.create())
         return 4;
