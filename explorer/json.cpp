@@ -139,7 +139,7 @@ private:
             const size_t digit = hex.find(m_text[m_at++]);
             if (digit == std::string_view::npos)
                 return false;
-            unit = static_cast<char16_t>(unit * 16 + digit % 16);
+            unit = static_cast<char16_t>(unit * size_t{16} + digit % 16);
         }
         return true;
     }

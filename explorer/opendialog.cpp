@@ -1,6 +1,7 @@
 #include "explorer/opendialog.h"
 
 #include <cstdlib>
+#include <utility>
 
 #include <oviapi/text.h>
 
@@ -9,7 +10,7 @@ std::wstring resolvedDatabaseName(const std::wstring& typed, const std::wstring&
     const size_t first = typed.find_first_not_of(L" \t\r\n");
     if (first == std::wstring::npos)
         return {};
-    const std::wstring name = typed.substr(first, typed.find_last_not_of(L" \t\r\n") - first + 1);
+    std::wstring name = typed.substr(first, typed.find_last_not_of(L" \t\r\n") - first + 1);
     if (name.compare(0, 2, L"~/") == 0) {
         const char* home = std::getenv("HOME");
         return OviAPI::localeToWide(home ? home : "") + name.substr(1);
@@ -20,9 +21,9 @@ std::wstring resolvedDatabaseName(const std::wstring& typed, const std::wstring&
     return directory + (directory.back() == L'/' ? L"" : L"/") + name;
 }
 
-OpenDialog::OpenDialog(WExtForm& above, const std::wstring& directory)
+OpenDialog::OpenDialog(WExtForm& above, std::wstring directory)
     : ExplorerDialog(above)
-    , m_directory(directory)
+    , m_directory(std::move(directory))
 {
 }
 

@@ -11,7 +11,7 @@
 class OpenDialog : public ExplorerDialog {
 public:
     // directory: where paths that do not begin with a slash start.
-    OpenDialog(WExtForm& above, const std::wstring& directory);
+    OpenDialog(WExtForm& above, std::wstring directory);
 
     // The database named, with the directory in front of a relative path.
     std::wstring database() const;

@@ -52,13 +52,12 @@ Answer keyedAnswer(const std::shared_ptr<Session>& session, Driver& driver,
     text.key = key;
     text.columns = driver.describe(statement.sql);
     keepOwnSources(text.columns, select, driver.dialect());
-    KeyStore keys =
-        key.rowId ? KeyStore(KeyList()) : KeyStore(std::in_place_type<Spool>, key.columns.size());
+    RowKeys keys = key.rowId ? RowKeys() : RowKeys(key.columns.size());
     driver.readKeys(keyPassText(select, key.columns), statement.parameters, key, keys);
 
     auto rows = std::make_unique<KeyedRows>(session, std::move(text), std::move(keys));
     Answer answer;
-    answer.columns = rows->text().columns;
+    answer.columns = rows->keyedText()->columns;
     if (hasUnknownType(answer.columns))
         fillTypes(answer.columns, *rows, rows->count() > 0 && rows->seek(0, driver));
     answer.rows = std::move(rows);

@@ -174,7 +174,7 @@ size_t wcs2mbs(char* to, size_t capacity, const wchar_t* from, size_t length, Ch
             const std::string bytes = OviAPI::wideToLocale(std::wstring_view(from + i, 1));
             if (bytes.size() > capacity - n)
                 break;
-            std::memcpy(to + n, bytes.data(), bytes.size());
+            std::copy(bytes.begin(), bytes.end(), to + n);
             n += bytes.size();
         }
         return n;

@@ -147,6 +147,13 @@ int DorConnect::mode(bool effective) const
     return driver->isReadOnly() ? open->mode() | ModeReadOnly : open->mode();
 }
 
+ConnectionInfo DorConnect::info() const
+{
+    const std::shared_ptr<Session> open = session();
+    const Session::Use driver(*open);
+    return driver->info();
+}
+
 bool DorConnect::inTransaction() const
 {
     const std::shared_ptr<Session> open = session();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 #include <dorcpp/dorx.h>
 #include <dorcpp/types.h>
@@ -10,6 +11,17 @@
 namespace DorCPP {
 
 class Session;
+
+// What a connection is connected to, in UTF-8. Holds no password.
+struct ConnectionInfo {
+    std::string engine;   // as its makers write it
+    std::string version;  // of the engine or server
+    std::string host;     // of a server, else empty
+    std::string database; // the file's path, or the server's name of it; empty: in memory
+    std::string user;     // of a server
+    std::string cipher;   // TLS version and cipher of an encrypted connection, else empty
+    bool readOnly = false;
+};
 
 // A client's hold on a session. A session stays open as long as a connection that created or keeps
 // it, or a cursor on it, exists; connections attached without keeping it only look it up. A
@@ -51,6 +63,8 @@ public:
     // The mode given to createCS; effective: as it is in force, so with ModeReadOnly also when the
     // database cannot be written.
     int mode(bool effective) const;
+
+    ConnectionInfo info() const;
 
     // Whether a transaction is open. False while an asynchronous statement runs on the session.
     bool inTransaction() const;

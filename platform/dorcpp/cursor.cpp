@@ -68,11 +68,13 @@ struct CursorState {
         const auto written = std::move(pending);
         if (!written)
             return;
-        Value value;
-        value.kind = written->kind;
-        value.data = written->bytes.data();
-        value.held = value.length = written->bytes.size();
-        answer.rows->write(written->column, value);
+        const ColumnInfo& column = answer.columns[written->column];
+        RowStatement statement;
+        statement.text = "UPDATE " + quoteName(column.owner) + '.' + quoteName(column.table) +
+                         " SET " + quoteName(column.column) + " = " +
+                         numberedParameter(session->dialect(), 1);
+        statement.parameters = {{1, {written->kind, 0, 0, std::move(written->bytes)}}};
+        answer.rows->modify(statement);
     }
 };
 

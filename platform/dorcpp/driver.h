@@ -6,11 +6,13 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <variant>
 #include <vector>
 
-#include <dorcpp/keylist.h>
+#include <dorcpp/connect.h>
+#include <dorcpp/parameter.h>
 #include <dorcpp/rowblock.h>
+#include <dorcpp/rowkeys.h>
+#include <dorcpp/secret.h>
 #include <dorcpp/spool.h>
 #include <dorcpp/sqltext.h>
 #include <dorcpp/types.h>
@@ -19,21 +21,16 @@ namespace DorCPP {
 
 // The four strings of a connection, read. All text is UTF-8.
 struct Target {
+    SqlDialect engine = SqlDialect::Sqlite;
     std::string path; // of the file, in its own bytes; empty for a database in memory
+    Secret server;    // a server's "postgresql://" URI or "keyword=value" text, as it was given
+    std::string user; // of a server; empty: from the text above or the client's usual places
+    Secret password;  // the same
     bool readOnly = false;
     bool mayCreate = false;
     bool verify = false;
     int lockTimeout = 2000; // ms that a statement waits for another session's lock
 };
-
-// A parameter value with its bytes.
-struct Parameter {
-    Value::Kind kind = Value::Null;
-    int64_t integer = 0;
-    double real = 0;
-    std::string bytes;
-};
-using Parameters = std::vector<std::pair<int, Parameter>>; // by parameter number, from 1
 
 // A column of an answer. Names are UTF-8; owner, table and column are empty without a source.
 struct ColumnInfo {
@@ -49,6 +46,9 @@ struct ColumnInfo {
 struct TableKey {
     std::vector<std::string> columns;
     bool rowId = false; // one column of 64-bit integers
+    std::string
+        version; // an expression that changes with the row; each row of a block then ends
+                 // with its value, behind the columns. Empty: none, the values guard the row
 };
 
 // Where the rows of a keyed answer come from.
@@ -60,8 +60,19 @@ struct KeyedText {
     std::vector<ColumnInfo> columns;
 };
 
-// The keys of an answer in row order.
-using KeyStore = std::variant<KeyList, Spool>;
+// A statement that changes or deletes one row of a keyed answer.
+struct RowStatement {
+    std::string text; // without its WHERE clause
+    Parameters parameters;
+    bool deletes = false;
+};
+
+// A column of a table, for statements that give it a value.
+struct TableColumn {
+    std::string name;
+    int type = 0;            // TypeCode
+    std::string defaultText; // the expression that DEFAULT stands for; empty: none
+};
 
 struct StatementResult {
     std::vector<ColumnInfo> columns; // empty: the statement gives no rows
@@ -83,6 +94,7 @@ public:
     virtual bool inTransaction() const = 0;
     // Asks the engine for a sign of life.
     virtual void probe() = 0;
+    virtual ConnectionInfo info() const = 0;
 
     // Checks the statement and counts its parameters. Refuses several statements in one text.
     virtual int prepare(const std::string& sql, bool longLived) = 0;
@@ -96,23 +108,32 @@ public:
     // After a statement that may have changed the connection's settings.
     virtual void settingsChanged() = 0;
 
+    // The columns of a table in their order; empty when there is no such table. The schema may be
+    // empty.
+    virtual std::vector<TableColumn> tableColumns(const std::string& schema,
+                                                  const std::string& table) = 0;
+    // The statement whose rows are schema, name and kind ("table" or "view") of what the user can
+    // read, without the engine's own tables.
+    virtual std::string tableListText() const = 0;
+
     virtual TableKey keyOf(const KeyedSelect& select) = 0;
     virtual bool givesRow(const std::string& sql) = 0;
     // Runs a key pass; the key columns are the last ones.
     virtual void readKeys(const std::string& sql, const Parameters& parameters, const TableKey& key,
-                          KeyStore& keys) = 0;
+                          RowKeys& keys) = 0;
     // Reads rows first to first + places.size() - 1 (from 0) into the block, as far as its memory
     // may grow: fewer places are left then, one at least. A place is the row in the block, -1 where
     // the row has gone. CodeStructureChanged when the columns differ from text.columns.
-    virtual void readRows(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+    virtual void readRows(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                           std::vector<int>& places) = 0;
     // Reads a piece of a text (as UTF-8) or blob of one row; CodeRowGone.
-    virtual size_t readPiece(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
+    virtual size_t readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                              uint64_t offset, void* buffer, size_t size) = 0;
-    // Gives a column of one row a new value, if the row still holds what was read: the row at
-    // `place` of the block. CodeRowGone, CodeRowChanged.
-    virtual void writeValue(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
-                            const Value& value, const RowBlock& seen, size_t place) = 0;
+    // Executes a statement for one row, if the row still holds what was read: the row at `place` of
+    // the block. Then the key is replaced by what the statement made of it, or dropped.
+    // CodeRowGone, CodeRowChanged; in neither case anything was changed.
+    virtual void modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
+                           const RowStatement& statement, const RowBlock& seen, size_t place) = 0;
 
     // Statements end with CodeCancelled when the flag becomes true; null: no flag.
     virtual void watch(const std::atomic<bool>* stop) = 0;
@@ -120,6 +141,8 @@ public:
     virtual void interrupt() noexcept = 0;
 };
 
+// Opens a database with the target's engine.
+std::unique_ptr<Driver> openDriver(const Target& target);
 // Opens a database of the embedded engine.
 std::unique_ptr<Driver> openSqlite(const Target& target);
 

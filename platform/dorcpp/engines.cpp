@@ -1,3 +1,4 @@
+#include <dorcpp/driver.h>
 #include <dorcpp/engines.h>
 
 namespace DorCPP {
@@ -8,6 +9,11 @@ const std::vector<Engine>& engines()
         {"sqlite", "SQLite", Engine::File},
     };
     return all;
+}
+
+std::unique_ptr<Driver> openDriver(const Target& target)
+{
+    return openSqlite(target);
 }
 
 } // namespace DorCPP

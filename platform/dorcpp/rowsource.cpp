@@ -6,17 +6,6 @@
 
 namespace DorCPP {
 
-namespace {
-
-int64_t keyCount(const KeyStore& keys)
-{
-    if (const auto* list = std::get_if<KeyList>(&keys))
-        return static_cast<int64_t>(list->size());
-    return std::get<Spool>(keys).rows();
-}
-
-} // namespace
-
 bool SpooledRows::seek(int64_t row)
 {
     m_row = row;
@@ -28,20 +17,21 @@ size_t SpooledRows::piece(size_t column, uint64_t offset, void* buffer, size_t s
     return m_rows->piece(m_row, column, offset, buffer, size);
 }
 
-void SpooledRows::write(size_t, const Value&)
+void SpooledRows::modify(const RowStatement&)
 {
     throw makeError(CodeNotUpdatable, OviAPI::Phrase::DbDetailNotOneTable);
 }
 
-KeyedRows::KeyedRows(std::shared_ptr<Session> session, KeyedText text, KeyStore keys)
+KeyedRows::KeyedRows(std::shared_ptr<Session> session, KeyedText text, RowKeys keys)
     : m_session(std::move(session))
     , m_text(std::move(text))
     , m_keys(std::move(keys))
-    , m_count(keyCount(m_keys))
+    , m_count(static_cast<int64_t>(m_keys.size()))
     , m_current(m_blocks.data())
 {
+    const size_t width = m_text.columns.size() + (m_text.key.version.empty() ? 0 : 1);
     for (Block& block : m_blocks)
-        block.rows = RowBlock(m_text.columns.size());
+        block.rows = RowBlock(width);
 }
 
 bool KeyedRows::use(int64_t row)
@@ -49,7 +39,7 @@ bool KeyedRows::use(int64_t row)
     m_current->lastUse = ++m_clock;
     m_row = row;
     m_place = m_current->places[static_cast<size_t>(row - m_current->first)];
-    return m_place >= 0;
+    return m_place >= 0 && !m_keys.isGone(static_cast<size_t>(row));
 }
 
 bool KeyedRows::findLoaded(int64_t row)
@@ -127,12 +117,12 @@ size_t KeyedRows::piece(size_t column, uint64_t offset, void* buffer, size_t siz
                              size);
 }
 
-void KeyedRows::write(size_t column, const Value& value)
+void KeyedRows::modify(const RowStatement& statement)
 {
     {
         const Session::Use driver(*m_session);
-        driver->writeValue(m_text, m_keys, static_cast<size_t>(m_row), column, value,
-                           m_current->rows, static_cast<size_t>(m_place));
+        driver->modifyRow(m_text, m_keys, static_cast<size_t>(m_row), statement, m_current->rows,
+                          static_cast<size_t>(m_place));
     }
     m_session->countChange();
     seek(m_row);

@@ -25,8 +25,10 @@ public:
     // A piece of a text or blob of that row.
     virtual size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) = 0;
     virtual bool isKeyed() const = 0;
-    // Gives a column of that row a new value.
-    virtual void write(size_t column, const Value& value) = 0;
+    // Changes or deletes that row.
+    virtual void modify(const RowStatement& statement) = 0;
+    // What a positioned statement has to name; null where no row can be changed.
+    virtual const KeyedText* keyedText() const = 0;
 };
 
 // Rows copied when the statement was executed.
@@ -41,7 +43,8 @@ public:
     Value value(size_t column) override { return m_rows->value(m_row, column); }
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return false; }
-    void write(size_t column, const Value& value) override;
+    void modify(const RowStatement& statement) override;
+    const KeyedText* keyedText() const override { return nullptr; }
 
 private:
     std::unique_ptr<Spool> m_rows;
@@ -52,7 +55,7 @@ private:
 // the rows are read on. A few blocks stay; they are dropped when the session changed rows.
 class KeyedRows final : public RowSource {
 public:
-    KeyedRows(std::shared_ptr<Session> session, KeyedText text, KeyStore keys);
+    KeyedRows(std::shared_ptr<Session> session, KeyedText text, RowKeys keys);
     int64_t count() const override { return m_count; }
     bool seek(int64_t row) override;
     // The same through a driver that the caller has.
@@ -60,9 +63,8 @@ public:
     Value value(size_t column) override;
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return true; }
-    void write(size_t column, const Value& value) override;
-    const KeyedText& text() const { return m_text; }
-    KeyedText& text() { return m_text; }
+    void modify(const RowStatement& statement) override;
+    const KeyedText* keyedText() const override { return &m_text; }
 
 private:
     struct Block {
@@ -83,7 +85,7 @@ private:
 
     std::shared_ptr<Session> m_session;
     KeyedText m_text;
-    KeyStore m_keys;
+    RowKeys m_keys;
     int64_t m_count;
     std::array<Block, 4> m_blocks;
     Block* m_current;

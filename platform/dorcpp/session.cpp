@@ -44,7 +44,7 @@ private:
 
 std::shared_ptr<Session> Session::open(const Target& target, int mode, bool registered)
 {
-    auto session = std::make_shared<Session>(openSqlite(target), target, mode);
+    auto session = std::make_shared<Session>(openDriver(target), target, mode);
     session->m_channel = Registry::instance().add(registered ? session : nullptr);
     return session;
 }

@@ -483,6 +483,11 @@ std::string probeText(const KeyedSelect& select, const std::vector<std::string>&
     return select.orderBy.empty() ? text : text + ' ' + select.orderBy;
 }
 
+std::string numberedParameter(SqlDialect dialect, int number)
+{
+    return (dialect == SqlDialect::Sqlite ? '?' : '$') + std::to_string(number);
+}
+
 std::string quoteName(std::string_view name)
 {
     std::string quoted = "\"";

@@ -84,6 +84,9 @@ std::string keyPassText(const KeyedSelect& select, const std::vector<std::string
 // A statement without a row, unless the list holds an aggregate.
 std::string probeText(const KeyedSelect& select, const std::vector<std::string>& key);
 
+// How the text names a parameter by its number: "?1", "$1".
+std::string numberedParameter(SqlDialect dialect, int number);
+
 // The name in double quotes.
 std::string quoteName(std::string_view name);
 

@@ -15,7 +15,7 @@ using ByteCodes = std::array<int, 256>;
 // Nothing when the system has no conversion from the set of this name.
 inline std::optional<ByteCodes> byteCodesOf(const char* name)
 {
-    const iconv_t converter = iconv_open("WCHAR_T", name);
+    iconv_t converter = iconv_open("WCHAR_T", name);
     if (converter == reinterpret_cast<iconv_t>(-1))
         return std::nullopt;
     ByteCodes codes{};

@@ -7,6 +7,7 @@
 
 #include <dorcpp/errors.h>
 #include <dorcpp/sqlite/errors.h>
+#include <dorcpp/sqlite/keys.h>
 #include <dorcpp/sqlite/types.h>
 
 namespace DorCPP {
@@ -23,13 +24,7 @@ namespace {
 constexpr int lockTimeoutBeside = 10'000; // ms, of statements that nobody waits for with the mouse
 constexpr size_t maxBlockHeap = 2 << 20;
 constexpr size_t maxBlockCells = 128 << 10;
-constexpr size_t maxGuardBytes = 4096;   // longer values do not guard an update
 constexpr int progressOperations = 1000; // between two looks at the stop flag
-
-std::string orEmpty(const char* text)
-{
-    return text ? text : "";
-}
 
 ColumnInfo columnInfo(sqlite3_stmt* statement, int i)
 {
@@ -66,17 +61,6 @@ void checkColumns(sqlite3_stmt* statement, const KeyedText& text, int extra)
         throw makeError(CodeStructureChanged);
 }
 
-// " WHERE t.k1 = ?n AND ..."; alias: with its point, or empty.
-std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber)
-{
-    std::string text;
-    for (const std::string& column : key.columns) {
-        text += (text.empty() ? " WHERE " : " AND ") + alias + column + " = ?" +
-                std::to_string(firstNumber++);
-    }
-    return text;
-}
-
 std::string rowText(const KeyedText& text)
 {
     return "SELECT " + text.list + " FROM " + text.from + whereKey(text.key, text.alias + '.', 1);
@@ -87,32 +71,6 @@ std::string rangeText(const KeyedText& text)
     const std::string key = text.alias + '.' + text.key.columns[0];
     return "SELECT " + text.list + ", " + key + " FROM " + text.from + " WHERE " + key +
            " BETWEEN ?1 AND ?2 ORDER BY " + key;
-}
-
-void bindKey(Use& use, int firstNumber, KeyStore& keys, size_t row)
-{
-    if (const auto* list = std::get_if<KeyList>(&keys)) {
-        use.bind(firstNumber, (*list)[row]);
-        return;
-    }
-    auto& spool = std::get<Spool>(keys);
-    const auto at = static_cast<int64_t>(row);
-    for (size_t i = 0; i < spool.columns(); ++i) {
-        Value value = spool.value(at, i);
-        std::string whole;
-        if (value.held < value.length) {
-            whole.resize(value.length);
-            spool.piece(at, i, 0, whole.data(), whole.size());
-            value.data = whole.data();
-            value.held = whole.size();
-        }
-        use.bind(firstNumber + static_cast<int>(i), value);
-    }
-}
-
-bool startsWithSqlite(const std::string& name)
-{
-    return strncasecmp(name.c_str(), "sqlite_", 7) == 0;
 }
 
 } // namespace
@@ -187,6 +145,16 @@ void SqliteDriver::probe()
     use.step();
 }
 
+ConnectionInfo SqliteDriver::info() const
+{
+    ConnectionInfo info;
+    info.engine = "SQLite";
+    info.version = sqlite3_libversion();
+    info.database = m_target.path;
+    info.readOnly = isReadOnly();
+    return info;
+}
+
 int SqliteDriver::prepare(const std::string& sql, bool longLived)
 {
     if (longLived)
@@ -246,46 +214,6 @@ void SqliteDriver::settingsChanged()
     m_utf8 = isUtf8(m_db.get()); // that of an empty database can be changed
 }
 
-TableKey SqliteDriver::keyOf(const KeyedSelect& select)
-{
-    TableKey key;
-    if (startsWithSqlite(select.table)) // the engine's own tables are shown, never edited
-        return key;
-    // Names without a schema are looked up in the temporary schema, then main, then the others.
-    Use table(m_db.get(),
-              m_cache.get("SELECT l.schema, l.type, l.wr FROM pragma_table_list(?1) AS l"
-                          " JOIN pragma_database_list AS d ON d.name = l.schema"
-                          " WHERE ?2 = '' OR l.schema = ?2 COLLATE NOCASE"
-                          " ORDER BY d.seq <> 1, d.seq LIMIT 1"));
-    table.bind(1, select.table);
-    table.bind(2, select.schema);
-    if (!table.step() ||
-        orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(table.get(), 1))) != "table")
-        return key;
-    const std::string schema =
-        orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(table.get(), 0)));
-    const bool withoutRowId = sqlite3_column_int(table.get(), 2) != 0;
-
-    Use column(m_db.get(), m_cache.get("SELECT name, pk FROM pragma_table_xinfo(?1, ?2)"
-                                       " ORDER BY pk"));
-    column.bind(1, select.table);
-    column.bind(2, schema);
-    std::vector<std::string> free = {"rowid", "oid", "_rowid_"};
-    while (column.step()) {
-        const std::string name =
-            orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(column.get(), 0)));
-        std::erase_if(
-            free, [&](const std::string& f) { return strcasecmp(f.c_str(), name.c_str()) == 0; });
-        if (withoutRowId && sqlite3_column_int(column.get(), 1) > 0)
-            key.columns.push_back(quoteName(name));
-    }
-    if (!withoutRowId && !free.empty()) {
-        key.columns.push_back(free.front());
-        key.rowId = true;
-    }
-    return key;
-}
-
 bool SqliteDriver::givesRow(const std::string& sql)
 {
     try {
@@ -300,19 +228,19 @@ bool SqliteDriver::givesRow(const std::string& sql)
 }
 
 void SqliteDriver::readKeys(const std::string& sql, const Parameters& parameters,
-                            const TableKey& key, KeyStore& keys)
+                            const TableKey& key, RowKeys& keys)
 {
     const StatementPtr statement = prepareOne(m_db.get(), sql, false);
     Use use(m_db.get(), statement.get());
     use.bind(parameters);
     const int count = static_cast<int>(key.columns.size());
     const int first = sqlite3_column_count(statement.get()) - count;
-    if (auto* list = std::get_if<KeyList>(&keys)) {
+    if (auto* list = keys.list()) {
         while (use.step())
             list->add(sqlite3_column_int64(statement.get(), first));
         return;
     }
-    auto& spool = std::get<Spool>(keys);
+    Spool& spool = keys.spool();
     while (use.step()) {
         spool.beginRow();
         takeCells(statement.get(), first, count, m_utf8, spool);
@@ -320,22 +248,21 @@ void SqliteDriver::readKeys(const std::string& sql, const Parameters& parameters
     spool.finish();
 }
 
-void SqliteDriver::readRows(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+void SqliteDriver::readRows(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                             std::vector<int>& places)
 {
     const size_t columns = std::max<size_t>(text.columns.size(), 1);
     places.resize(std::min(places.size(), std::max<size_t>(maxBlockCells / columns, 1)));
     const ReadTransaction one(*this);
     while (true) {
-        const auto* list = std::get_if<KeyList>(&keys);
-        bool close = list != nullptr;
+        bool close = keys.isPacked();
         for (size_t i = 1; close && i < places.size(); ++i)
-            close = (*list)[first + i] > (*list)[first + i - 1];
-        close = close && static_cast<uint64_t>((*list)[first + places.size() - 1]) -
-                                 static_cast<uint64_t>((*list)[first]) <
+            close = keys.packed(first + i) > keys.packed(first + i - 1);
+        close = close && static_cast<uint64_t>(keys.packed(first + places.size() - 1)) -
+                                 static_cast<uint64_t>(keys.packed(first)) <
                              4 * places.size();
         if (close)
-            readRange(text, *list, first, block, places);
+            readRange(text, keys, first, block, places);
         else
             readSingly(text, keys, first, block, places);
         if (block.heapBytes() <= maxBlockHeap || places.size() == 1)
@@ -345,22 +272,22 @@ void SqliteDriver::readRows(const KeyedText& text, KeyStore& keys, size_t first,
     }
 }
 
-void SqliteDriver::readRange(const KeyedText& text, const KeyList& keys, size_t first,
+void SqliteDriver::readRange(const KeyedText& text, const RowKeys& keys, size_t first,
                              RowBlock& block, std::vector<int>& places)
 {
     const int columns = static_cast<int>(text.columns.size());
     Use use(m_db.get(), m_cache.get(rangeText(text)));
-    use.bind(1, keys[first]);
-    use.bind(2, keys[first + places.size() - 1]);
+    use.bind(1, keys.packed(first));
+    use.bind(2, keys.packed(first + places.size() - 1));
     for (size_t i = 0; use.step();) {
         if (block.rows() == 0)
             checkColumns(use.get(), text, 1);
         const int64_t key = sqlite3_column_int64(use.get(), columns);
-        while (i < places.size() && keys[first + i] < key)
+        while (i < places.size() && keys.packed(first + i) < key)
             ++i;
         if (i == places.size() || block.heapBytes() > maxBlockHeap)
             break;
-        if (keys[first + i] != key)
+        if (keys.packed(first + i) != key)
             continue;
         places[i] = static_cast<int>(block.rows());
         block.beginRow();
@@ -368,15 +295,16 @@ void SqliteDriver::readRange(const KeyedText& text, const KeyList& keys, size_t 
     }
 }
 
-void SqliteDriver::readSingly(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+void SqliteDriver::readSingly(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                               std::vector<int>& places)
 {
     std::vector<size_t> order(places.size());
     for (size_t i = 0; i < order.size(); ++i)
         order[i] = i;
-    if (const auto* list = std::get_if<KeyList>(&keys)) { // in key order pages are found in order
-        std::sort(order.begin(), order.end(),
-                  [&](size_t a, size_t b) { return (*list)[first + a] < (*list)[first + b]; });
+    if (keys.isPacked()) { // in key order pages are found in order
+        std::sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+            return keys.packed(first + a) < keys.packed(first + b);
+        });
     }
     const int columns = static_cast<int>(text.columns.size());
     sqlite3_stmt* statement = m_cache.get(rowText(text));
@@ -395,15 +323,14 @@ void SqliteDriver::readSingly(const KeyedText& text, KeyStore& keys, size_t firs
     }
 }
 
-size_t SqliteDriver::readPiece(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
+size_t SqliteDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                                uint64_t offset, void* buffer, size_t size)
 {
     const ColumnInfo& info = text.columns[column];
     if (text.key.rowId && m_utf8 && !info.table.empty()) {
         sqlite3_blob* handle = nullptr;
-        const int opened =
-            sqlite3_blob_open(m_db.get(), info.owner.c_str(), info.table.c_str(),
-                              info.column.c_str(), std::get<KeyList>(keys)[row], 0, &handle);
+        const int opened = sqlite3_blob_open(m_db.get(), info.owner.c_str(), info.table.c_str(),
+                                             info.column.c_str(), keys.packed(row), 0, &handle);
         const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> blob(handle,
                                                                          sqlite3_blob_close);
         if (opened == SQLITE_OK) {
@@ -434,40 +361,6 @@ size_t SqliteDriver::readPiece(const KeyedText& text, KeyStore& keys, size_t row
     const size_t n = std::min<size_t>(size, whole - offset);
     std::memcpy(buffer, static_cast<const char*>(bytes) + offset, n);
     return n;
-}
-
-void SqliteDriver::writeValue(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
-                              const Value& value, const RowBlock& seen, size_t place)
-{
-    const ColumnInfo& target = text.columns[column];
-    // A key may have been given to another row since: the values that were read must be there too.
-    std::vector<Value> guards;
-    const int keyCount = static_cast<int>(text.key.columns.size());
-    std::string guard;
-    for (size_t i = 0; i < text.columns.size(); ++i) {
-        const Value old = seen.value(place, i);
-        if (text.columns[i].table.empty() || old.held < old.length || old.length > maxGuardBytes)
-            continue;
-        guards.push_back(old);
-        guard += " AND " + quoteName(text.columns[i].column) + " IS ?" +
-                 std::to_string(1 + keyCount + static_cast<int>(guards.size())) + " COLLATE BINARY";
-    }
-    const std::string table = quoteName(target.owner) + '.' + quoteName(target.table);
-    {
-        Use use(m_db.get(), m_cache.get("UPDATE " + table + " SET " + quoteName(target.column) +
-                                        " = ?1" + whereKey(text.key, "", 2) + guard));
-        use.bind(1, value);
-        bindKey(use, 2, keys, row);
-        for (size_t i = 0; i < guards.size(); ++i)
-            use.bind(2 + keyCount + static_cast<int>(i), guards[i]);
-        use.step();
-        use.reset();
-    }
-    if (sqlite3_changes64(m_db.get()) == 1)
-        return;
-    Use still(m_db.get(), m_cache.get("SELECT 1 FROM " + table + whereKey(text.key, "", 1)));
-    bindKey(still, 1, keys, row);
-    throw makeError(still.step() ? CodeRowChanged : CodeRowGone);
 }
 
 void SqliteDriver::watch(const std::atomic<bool>* stop)

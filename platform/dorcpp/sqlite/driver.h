@@ -22,6 +22,7 @@ public:
     std::unique_ptr<Driver> duplicate() const override;
     bool inTransaction() const override;
     void probe() override;
+    ConnectionInfo info() const override;
 
     int prepare(const std::string& sql, bool longLived) override;
     std::vector<ColumnInfo> describe(const std::string& sql) override;
@@ -29,16 +30,19 @@ public:
                         bool prepared) override;
     void settingsChanged() override;
 
+    std::vector<TableColumn> tableColumns(const std::string& schema,
+                                          const std::string& table) override;
+    std::string tableListText() const override;
     TableKey keyOf(const KeyedSelect& select) override;
     bool givesRow(const std::string& sql) override;
     void readKeys(const std::string& sql, const Parameters& parameters, const TableKey& key,
-                  KeyStore& keys) override;
-    void readRows(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+                  RowKeys& keys) override;
+    void readRows(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                   std::vector<int>& places) override;
-    size_t readPiece(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
+    size_t readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                      uint64_t offset, void* buffer, size_t size) override;
-    void writeValue(const KeyedText& text, KeyStore& keys, size_t row, size_t column,
-                    const Value& value, const RowBlock& seen, size_t place) override;
+    void modifyRow(const KeyedText& text, RowKeys& keys, size_t row, const RowStatement& statement,
+                   const RowBlock& seen, size_t place) override;
 
     void watch(const std::atomic<bool>* stop) override;
     void interrupt() noexcept override;
@@ -47,9 +51,9 @@ private:
     class ReadTransaction;
 
     void runToEnd(sqlite3_stmt* statement, const Parameters& parameters, StatementResult& result);
-    void readRange(const KeyedText& text, const KeyList& keys, size_t first, RowBlock& block,
+    void readRange(const KeyedText& text, const RowKeys& keys, size_t first, RowBlock& block,
                    std::vector<int>& places);
-    void readSingly(const KeyedText& text, KeyStore& keys, size_t first, RowBlock& block,
+    void readSingly(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                     std::vector<int>& places);
 
     Target m_target;

@@ -46,6 +46,16 @@ void StatementCache::clear()
     m_entries.clear();
 }
 
+std::string orEmpty(const char* text)
+{
+    return text ? text : "";
+}
+
+std::string textOf(sqlite3_stmt* statement, int column)
+{
+    return orEmpty(reinterpret_cast<const char*>(sqlite3_column_text(statement, column)));
+}
+
 Use::~Use()
 {
     sqlite3_reset(m_statement); // repeats the error of the last step, which was told
@@ -74,17 +84,15 @@ void Use::bind(int number, const Value& value)
     bindValue(number, value, SQLITE_TRANSIENT);
 }
 
+void Use::bind(int number, const Parameter& value)
+{
+    bindValue(number, valueOf(value), SQLITE_TRANSIENT);
+}
+
 void Use::bind(const Parameters& parameters)
 {
-    for (const auto& [number, p] : parameters) {
-        Value value;
-        value.kind = p.kind;
-        value.integer = p.integer;
-        value.real = p.real;
-        value.data = p.bytes.data();
-        value.held = value.length = p.bytes.size();
-        bindValue(number, value, SQLITE_STATIC);
-    }
+    for (const auto& [number, parameter] : parameters)
+        bindValue(number, valueOf(parameter), SQLITE_STATIC);
 }
 
 void Use::bindValue(int number, const Value& value, sqlite3_destructor_type owner)

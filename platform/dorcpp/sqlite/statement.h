@@ -60,6 +60,7 @@ public:
     void bind(int number, const std::string& text);
     // Copies the bytes.
     void bind(int number, const Value& value);
+    void bind(int number, const Parameter& value);
     // Leaves the bytes where they are: they must outlive this object.
     void bind(const Parameters& parameters);
     // False at the end. Throws DorX.
@@ -73,6 +74,11 @@ private:
     sqlite3* m_db;
     sqlite3_stmt* m_statement;
 };
+
+// The text of a column of the current row; empty for null.
+std::string textOf(sqlite3_stmt* statement, int column);
+// An engine's text, empty for none.
+std::string orEmpty(const char* text);
 
 // Adds the columns from first on of the current row as cells. Cells are read through
 // sqlite3_column_value, which does not lock: the connection belongs to one thread at a time.

@@ -1,0 +1,34 @@
+// Values that are sent to an engine.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <dorcpp/rowblock.h>
+
+namespace DorCPP {
+
+// A parameter value with its bytes. Text is UTF-8.
+struct Parameter {
+    Value::Kind kind = Value::Null;
+    int64_t integer = 0;
+    double real = 0;
+    std::string bytes;
+};
+// The value, whose bytes stay where they are.
+inline Value valueOf(const Parameter& parameter)
+{
+    Value value;
+    value.kind = parameter.kind;
+    value.integer = parameter.integer;
+    value.real = parameter.real;
+    value.data = parameter.bytes.data();
+    value.held = value.length = parameter.bytes.size();
+    return value;
+}
+
+using Parameters = std::vector<std::pair<int, Parameter>>; // by parameter number, from 1
+
+} // namespace DorCPP

@@ -1,0 +1,15 @@
+// How statements of the embedded engine name one row of a keyed answer.
+#pragma once
+
+#include <string>
+
+#include <dorcpp/driver.h>
+#include <dorcpp/sqlite/statement.h>
+
+namespace DorCPP::Sqlite {
+
+// " WHERE t.k1 = ?n AND ..."; alias: with its point, or empty.
+std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber);
+void bindKey(Use& use, int firstNumber, RowKeys& keys, size_t row);
+
+} // namespace DorCPP::Sqlite
