@@ -79,11 +79,11 @@ private:
     QPainter* qt;
     QWidget* widget;
     QPalette palette;
-    QPalette::ColorGroup group;
+    QPalette::ColorGroup group = QPalette::Active;
     QRect area;
     QRect cells;
-    int firstCol;
-    int lastCol;
+    int firstCol = 0; // columns in sight
+    int lastCol = -1;
     RecordFaces& faces;
     PlainFont::Line waiting; // texts to be drawn together, of one font and colour
     RecordFace* waitingFace = nullptr;

@@ -22,13 +22,13 @@ constexpr int simpleRun = 256; // characters
 constexpr int shapedRun = 1024;
 constexpr size_t lowCharacters = 0x600;
 
-bool within(uint32_t c, uint32_t from, uint32_t to)
+bool within(char32_t c, char32_t from, char32_t to)
 {
     return c >= from && c <= to;
 }
 
 // A character that turns the direction of text, joins nothing visible or cannot be drawn.
-bool isTreacherous(uint32_t c)
+bool isTreacherous(char32_t c)
 {
     return within(c, 0x80, 0x9F) || c == 0xAD || c == 0x61C || c == 0x200B || c == 0x200E ||
            c == 0x200F || within(c, 0x2028, 0x202E) || within(c, 0x2060, 0x206F) ||
@@ -38,7 +38,7 @@ bool isTreacherous(uint32_t c)
 // The character that stands for one of the text; always one for one.
 wchar_t shown(wchar_t character)
 {
-    const auto c = static_cast<uint32_t>(character);
+    const auto c = static_cast<char32_t>(character);
     if (c < 0x20)
         return static_cast<wchar_t>(0x2400 + c);
     if (c == 0x7F)
@@ -49,7 +49,7 @@ wchar_t shown(wchar_t character)
 // Characters that stand side by side whatever their neighbours are.
 bool isSimple(wchar_t character)
 {
-    const auto c = static_cast<uint32_t>(character);
+    const auto c = static_cast<char32_t>(character);
     return within(c, 0x20, 0x7E) || within(c, 0xA0, 0x2FF) || within(c, 0x370, 0x482) ||
            within(c, 0x48A, 0x52F) || within(c, 0x1E00, 0x1FFF) || within(c, 0x2010, 0x2027) ||
            within(c, 0x2030, 0x205E) || within(c, 0x20A0, 0x20BF) || within(c, 0x2190, 0x21FF) ||
@@ -141,7 +141,7 @@ void SrcLayout::setFont(const QFont& font, int tabWidth)
 
 double SrcLayout::advance(wchar_t character)
 {
-    const auto c = static_cast<uint32_t>(character);
+    const auto c = static_cast<char32_t>(character);
     double& known = c < lowCharacters ? m_low[c] : m_high[c];
     if ((c < lowCharacters && known < 0) || (c >= lowCharacters && known == 0))
         known = std::max(

@@ -70,7 +70,8 @@ QVariant SrcArea::inputMethodQuery(Qt::InputMethodQuery query) const
     };
     switch (query) {
     case Qt::ImSurroundingText:
-        return toQString(std::wstring_view(line).substr(static_cast<size_t>(from), 2 * around));
+        return toQString(
+            std::wstring_view(line).substr(static_cast<size_t>(from), size_t{2} * around));
     case Qt::ImCursorPosition:
         return unit(cursor.caret().column);
     case Qt::ImAnchorPosition:
