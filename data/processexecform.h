@@ -57,6 +57,7 @@ protected:
     xRAsyncCursor* m_cursor = nullptr;
 
 private:
+    void takeParent();
     void terminate();
     void showState();
 
