@@ -194,6 +194,7 @@ TEST_F(AsyncCursor, WithoutAsyncNothingIsWaitedFor)
 
 TEST_F(AsyncCursor, KeptASecondSingleLevelExecutionExecutesNothing)
 {
+    // Kept: callers that may be entered again rely on it.
     run("CREATE TABLE t(a)");
     OpenCursor second;
     second.create(connection, 0, nullptr, true);
@@ -212,8 +213,9 @@ TEST_F(AsyncCursor, KeptASecondSingleLevelExecutionExecutesNothing)
     EXPECT_EQ(value("SELECT count(*) FROM t"), 0);
 }
 
-TEST_F(AsyncCursor, NestedWaitsEndInnermostFirst)
+TEST_F(AsyncCursor, KeptTerminatingEndsTheInnermostWaitWhoeverAsks)
 {
+    // Kept: an outer wait cannot return before the inner ones.
     OpenCursor inner;
     inner.create(connection, 0, nullptr, true);
     std::string order;

@@ -241,8 +241,9 @@ TEST_F(Stress, TheApplicationMayBeQuittedDuringAnyWait)
 {
     for (int i = 0; i < waits() / 10; ++i) {
         bool returned = false;
+        std::unique_ptr<Later> quit; // comes to its turn also when the statement has ended before
         const Later begin([&] {
-            const Later quit([&] {
+            quit = std::make_unique<Later>([&] {
                 pass();
                 OviAPI::Application::quit();
             });

@@ -5,6 +5,7 @@
 #include <oviapi/form.h>
 #include <oviapi/resourcemanager.h>
 
+#include "tests/app/support.h"
 #include "tests/data/asyncwait.h"
 
 using namespace DorCPP;
@@ -78,8 +79,9 @@ TEST_F(ProgressWindow, IsShownFromTheFirstSecondUntilASecondAfterTheEnd)
     EXPECT_LT(hiddenAt - endedAt, second + slack);
 }
 
-TEST_F(ProgressWindow, HasItsPlaceAndItsParts)
+TEST_F(ProgressWindow, KeptItsPlaceIsTheCornerOfTheScreenAndItsPartsHaveFixedPlaces)
 {
+    // Kept: it is not centred over its master form.
     ASSERT_TRUE(form.create(&cursor));
     EXPECT_EQ(form.geometry(), (OviAPI::Rect{0, 0, 240, 70}));
     EXPECT_EQ(form.style() & 32, 32);
@@ -115,6 +117,23 @@ TEST_F(ProgressWindow, SpeaksTheLanguageOfItsResources)
     EXPECT_EQ(Parts::button(form).text(), L"\x421\x442\x43E\x43F");
     EXPECT_NE(form.title(), L"Query in progress");
     EXPECT_NE(Parts::label(form).text(), L"The query is running...");
+}
+
+TEST_F(ProgressWindow, TakesAtMostAHundredCharactersOfEachText)
+{
+    ResourceBuilder builder;
+    for (const uint32_t id : {2222180, 2222181, 2222182})
+        builder.addString(id, std::wstring(150, L'x').c_str());
+    const TempFolder folder;
+    const std::filesystem::path file = folder.path() / "long.rrs";
+    writeFile(file, builder.compiled());
+    OviAPI::ResourceManager manager(file.wstring().c_str());
+    xRAsyncCursor::init(OviAPI::Font(), &manager, nullptr);
+    ASSERT_TRUE(form.create(&cursor));
+    EXPECT_EQ(form.title(), std::wstring(100, L'x'));
+    EXPECT_EQ(Parts::label(form).text(), std::wstring(100, L'x'));
+    EXPECT_EQ(Parts::button(form).text(), std::wstring(100, L'x'));
+    xRAsyncCursor::init(OviAPI::Font(), &texts(), nullptr);
 }
 
 TEST_F(ProgressWindow, TheButtonStopsTheStatement)
