@@ -38,6 +38,27 @@ TEST(DorX, ACopyIsDeepInTextsAndNestedRecords)
     EXPECT_STREQ(copy.nested()[0].nested()[0].text(), "innermost");
 }
 
+TEST(DorX, AListOfRecordsIsCopiedElementByElement)
+{
+    VectorOf<DorX> list(1, 50);
+    for (int i = 0; i < 60; ++i) // grows twice
+        list.append(DorX(-1, i, "text"));
+    list[59].addNested(DorX(-1, 7, "nested"));
+    const VectorOf<DorX> copy(list);
+    VectorOf<DorX> assigned(0, 50);
+    assigned.append(DorX(-1, 1, "before"));
+    assigned = list;
+    list[59] = DorX();
+    list.clear();
+    for (const VectorOf<DorX>* each : {&copy, static_cast<const VectorOf<DorX>*>(&assigned)}) {
+        ASSERT_EQ(each->count(), 60U);
+        EXPECT_EQ((*each)[30].code(), 30);
+        EXPECT_STREQ((*each)[59].nested()[0].text(), "nested");
+        EXPECT_EQ(each->growth(), 50U);
+    }
+    EXPECT_NE(copy[0].text(), assigned[0].text());
+}
+
 TEST(DorX, AssignmentToItselfAndFromAnotherKeepsTheTexts)
 {
     DorX x(-1, 7, "seven");
