@@ -100,7 +100,7 @@ bool Session::mayRunElsewhere(StatementKind kind)
     if (kind != StatementKind::Query && kind != StatementKind::Modify &&
         kind != StatementKind::Define)
         return false;
-    if (m_hasState || m_target.path.empty())
+    if (m_hasState || (m_dialect == SqlDialect::Sqlite && m_target.path.empty()))
         return false;
     const Use driver(*this);
     return !driver->inTransaction();
