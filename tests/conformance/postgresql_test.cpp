@@ -116,7 +116,7 @@ TEST_F(Server, AnErrorOfConnectingSaysWhy)
 
 TEST_F(Server, TlsIsWantedWhereTheServerIsNotOnThisMachine)
 {
-    // The server listens on 127.0.0.2 too, which is no name of this machine, and lets nobody in.
+    // The server listens on 127.0.0.2 too, which does not count as this machine.
     const auto& s = server();
     const std::string rest = " port=" + s.at("port") + " dbname=" + s.at("database");
     const auto why = [&](const std::string& text) {
@@ -126,7 +126,8 @@ TEST_F(Server, TlsIsWantedWhereTheServerIsNotOnThisMachine)
     EXPECT_EQ(why("host=db.example hostaddr=127.0.0.1" + rest), "");
     EXPECT_NE(why("host=127.0.0.2" + rest).find("SSL"), std::string::npos);
     EXPECT_NE(why("host=localhost hostaddr=127.0.0.2" + rest).find("SSL"), std::string::npos);
-    EXPECT_NE(why("host=127.0.0.2 sslmode=disable" + rest).find("pg_hba.conf"), std::string::npos);
+    EXPECT_EQ(why("host=127.0.0.2 sslmode=disable" + rest), "");
+    EXPECT_EQ(why("host=127.0.0.2 sslmode=prefer" + rest), "");
 }
 
 TEST_F(Server, TheConnectionIsDescribedWithoutItsPassword)
@@ -383,11 +384,14 @@ TEST_F(Server, APlaceThatWasGivenToAnotherRowIsNotTakenForTheFirst)
     other.execute("INSERT INTO p VALUES ('three')");
     EXPECT_EQ(other.value("SELECT ctid FROM p WHERE s = 'three'"), "(0,1)");
     EXPECT_EQ(edit(1, "mine"), CodeRowGone);
+    change("DELETE FROM p WHERE false"); // what was read is read anew
     EXPECT_EQ(codeOf([&] { cursor.fetch(FetchAbsolute, 1); }), CodeRowGone);
     EXPECT_EQ(other.answer("SELECT s FROM p ORDER BY s"),
               (std::vector<std::string>{"three", "two"}));
     other.execute("VACUUM FULL p");
-    EXPECT_EQ(at(FetchAbsolute, 2, 1) == "two" ? 0 : 1, 0);
+    change("DELETE FROM p WHERE false");
+    const int code = codeOf([&] { cursor.fetch(FetchAbsolute, 2); });
+    EXPECT_TRUE(code == CodeRowGone || (code == 0 && text(cursor, 1) == "two")) << code;
 }
 
 TEST_F(Server, CopyWithTheClientIsRefusedAndTheConnectionGoesOn)

@@ -5,8 +5,8 @@ pgcluster.py start STATE     makes a cluster in a temporary folder and starts it
 pgcluster.py restart STATE   ends the server as an administrator does, and starts it again
 pgcluster.py stop STATE      ends the server and removes everything
 
-The server listens on 127.0.0.1, where the one user needs a password, on 127.0.0.2, where nobody is
-let in, and on a socket folder, where everybody is trusted. STATE is a file of name=value lines that tells the tests where it is.
+The server listens on 127.0.0.1 and 127.0.0.2, where the one user needs a password, and on a socket
+folder, where everybody is trusted. STATE is a file of name=value lines that tells the tests where it is.
 """
 import glob
 import os

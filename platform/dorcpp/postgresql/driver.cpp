@@ -151,6 +151,20 @@ void checkColumns(const std::vector<DescribedColumn>& columns, const KeyedText& 
         throw makeError(CodeStructureChanged);
 }
 
+// The table may have been changed since its columns were asked for.
+bool isAsDescribed(const PGresult* result, const KeyedText& text, const std::vector<int>& lengthOf)
+{
+    const int count = static_cast<int>(text.columns.size());
+    bool same = PQnfields(result) > count;
+    for (int i = 0; same && i < count; ++i) {
+        const ColumnInfo& column = text.columns[static_cast<size_t>(i)];
+        const bool whole = lengthOf[static_cast<size_t>(i)] == 0;
+        same = column.label == PQfname(result, i) &&
+               (!whole || columnType(PQftype(result, i), PQfmod(result, i)).type == column.type);
+    }
+    return same;
+}
+
 // Whether the columns of a subquery can be named one by one.
 bool areNamed(const std::vector<DescribedColumn>& columns)
 {
@@ -573,6 +587,10 @@ void PostgresqlDriver::readBlock(const KeyedText& text, RowKeys& keys, size_t fi
     }
     m_ahead = Ahead();
     const Result result = m_link->take();
+    if (!isAsDescribed(result.get(), text, q.lengthOf)) {
+        m_cache.clear(true);
+        throw makeError(CodeStructureChanged);
+    }
     const int columns = static_cast<int>(text.columns.size());
     const int own = columns + (text.key.version.empty() ? 0 : 1);
     std::string scratch;
