@@ -1,6 +1,9 @@
 #include <dorcpp/connect.h>
 
+#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -21,6 +24,31 @@ std::string_view schemeOf(std::string_view database)
     if (colon == std::string_view::npos || database.find('/') < colon)
         return {};
     return database.substr(0, colon);
+}
+
+// Whether the text describes a server as "keyword=value" pairs.
+bool isServerText(std::string_view database)
+{
+    static constexpr std::array<std::string_view, 14> keywords{
+        "host",     "hostaddr", "port",        "dbname",          "user",
+        "password", "passfile", "service",     "connect_timeout", "application_name",
+        "options",  "sslmode",  "sslrootcert", "target_session_attrs"};
+    const size_t from = database.find_first_not_of(" \t\n");
+    const size_t equals = database.find('=');
+    if (from == std::string_view::npos || equals == std::string_view::npos)
+        return false;
+    std::string_view word = database.substr(from, equals - std::min(from, equals));
+    word = word.substr(0, word.find_last_not_of(" \t\n") + 1);
+    return std::find(keywords.begin(), keywords.end(), word) != keywords.end();
+}
+
+// Text that may hold a password, in UTF-8.
+Secret secretFrom(std::string_view text)
+{
+    std::string utf8 = fromClient(text);
+    Secret secret(utf8);
+    explicit_bzero(utf8.data(), utf8.size());
+    return secret;
 }
 
 void readSqliteName(std::string_view name, Target& target)
@@ -47,6 +75,10 @@ void readDatabase(std::string_view database, Target& target)
         readSqliteName(database.substr(7), target);
         if (target.path.empty())
             throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailNoName);
+    } else if (schemeOf(database) == "postgresql" || schemeOf(database) == "postgres" ||
+               isServerText(database)) {
+        target.engine = SqlDialect::Postgresql;
+        target.server = secretFrom(database);
     } else if (!schemeOf(database).empty()) { // the rest may hold a password
         throw makeError(CodeCannotOpen, OviAPI::Phrase::DbDetailNoDriver,
                         fromClient(schemeOf(database)));
@@ -101,12 +133,16 @@ DorConnect::DorConnect() = default;
 
 DorConnect::~DorConnect() = default;
 
-int DorConnect::createCS(const char*, const char*, const char* database, const char* options,
-                         int mode, bool verify, bool registered)
+int DorConnect::createCS(const char* user, const char* password, const char* database,
+                         const char* options, int mode, bool verify, bool registered)
 {
     close();
     Target target;
     readDatabase(database ? database : "", target);
+    if (target.engine == SqlDialect::Postgresql) {
+        target.user = fromClient(user ? user : "");
+        target.password = secretFrom(password ? password : "");
+    }
     readOptions(fromClient(options ? options : ""), target);
     target.readOnly = target.readOnly || (mode & ModeReadOnly) != 0;
     target.verify = verify;

@@ -35,14 +35,18 @@ public:
 
     // Opens a session and leaves the one held before.
     //
-    // database   a file path, ":memory:" for a database of this session alone, or "sqlite:PATH",
-    //            which may end in "?mode=ro" or "?mode=rw". The file must exist.
+    // database   of the embedded engine: a file path, ":memory:" for a database of this session
+    //            alone, or "sqlite:PATH", which may end in "?mode=ro" or "?mode=rw". The file must
+    //            exist.
+    //            Of a server: "postgresql://USER@HOST:PORT/NAME" or "host=... dbname=...". What it
+    //            leaves open comes from a service, the environment and the client's password file.
     // options    words parted by blanks, commas or semicolons, may be null: "create" makes a
-    // missing
-    //            file, "readonly" is ModeReadOnly, "timeout=N" waits N milliseconds for a lock.
-    // user, password   not used by an embedded database; never shown in a message.
+    //            missing file, "readonly" is ModeReadOnly, "timeout=N" waits N milliseconds for a
+    //            lock.
+    // user, password   of a server; win over the text, empty or null ones leave it. Not used by an
+    //            embedded database. Never shown in a message.
     // mode       see Mode.
-    // verify     reads the whole database and refuses a damaged one.
+    // verify     reads the whole file and refuses a damaged one; nothing on a server.
     // registered whether attach finds the session.
     //
     // Returns the channel number, from 1. Throws DorX: CodeCannotOpen, CodeCorruptFile, CodeLocked,

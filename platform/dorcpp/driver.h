@@ -45,6 +45,7 @@ struct ColumnInfo {
 // The key of a table: expressions for the key columns, without a table name. Empty: none.
 struct TableKey {
     std::vector<std::string> columns;
+    std::vector<std::string> types; // of a server's columns, in its own words
     bool rowId = false; // one column of 64-bit integers
     std::string
         version; // an expression that changes with the row; each row of a block then ends
@@ -147,5 +148,7 @@ public:
 std::unique_ptr<Driver> openDriver(const Target& target);
 // Opens a database of the embedded engine.
 std::unique_ptr<Driver> openSqlite(const Target& target);
+// Connects to a server.
+std::unique_ptr<Driver> openPostgresql(const Target& target);
 
 } // namespace DorCPP

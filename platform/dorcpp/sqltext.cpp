@@ -486,7 +486,7 @@ std::string keyPassText(const KeyedSelect& select, const std::vector<std::string
     std::string text = "SELECT ";
     for (size_t i = 0; i < key.size(); ++i)
         text += (i == 0 ? "" : ", ") + keyName(i);
-    return text + " FROM (" + inner + ')';
+    return text + " FROM (" + inner + ") AS \"row keys\"";
 }
 
 std::string probeText(const KeyedSelect& select, const std::vector<std::string>& key)

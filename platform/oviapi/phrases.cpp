@@ -70,6 +70,7 @@ constexpr EnglishPhrase english[] = {
     {Phrase::DbNotUpdatable, L"The answer cannot be changed row by row"},
     {Phrase::DbRowChanged, L"The row has been changed by another session since it was read"},
     {Phrase::DbOther, L"The database reported an error"},
+    {Phrase::DbOutcomeUnknown, L"It is not known whether the statement was carried out"},
 
     {Phrase::DbDetailRow, L"row %ls"},
     {Phrase::DbDetailSessionBusy, L"the session is executing a statement"},
@@ -84,6 +85,11 @@ constexpr EnglishPhrase english[] = {
     {Phrase::DbDetailTempMake, L"Making a temporary file in %ls"},
     {Phrase::DbDetailTempWrite, L"Writing a temporary file"},
     {Phrase::DbDetailTempRead, L"Reading a temporary file"},
+    {Phrase::DbDetailConnectionText,
+     L"the connection text cannot be read; write @ and / in a password as hexadecimal %40 and %2F"},
+    {Phrase::DbDetailNoAnswer, L"the server does not answer"},
+    {Phrase::DbDetailCopy, L"COPY from or to the client is not possible here"},
+    {Phrase::DbDetailZeroInText, L"a text cannot hold a zero character"},
 
     {Phrase::Undo, L"&Undo"},
     {Phrase::Redo, L"&Redo"},

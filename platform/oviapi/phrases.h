@@ -74,6 +74,7 @@ enum class Phrase : int {
     DbNotUpdatable = 61122,
     DbRowChanged = 61123,
     DbOther = 61124,
+    DbOutcomeUnknown = 61125, // what may follow the loss of a connection
 
     // what follows such a sentence where the engine has said nothing
     DbDetailRow = 61131, // row number
@@ -89,6 +90,10 @@ enum class Phrase : int {
     DbDetailTempMake = 61141, // folder
     DbDetailTempWrite = 61142,
     DbDetailTempRead = 61143,
+    DbDetailConnectionText = 61144,
+    DbDetailNoAnswer = 61145,
+    DbDetailCopy = 61146,
+    DbDetailZeroInText = 61147,
 
     // the menu of an editor
     Undo = 61201,

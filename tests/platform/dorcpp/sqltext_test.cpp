@@ -153,12 +153,13 @@ TEST(SqlText, TheKeyPassReadsKeysAloneInTheOrderOfTheRows)
 {
     EXPECT_EQ(keyPassText(read("select a, b from t x where b > 1"), {"rowid"}),
               "SELECT \"row key 1\" FROM (SELECT a, b, x.rowid AS \"row key 1\" FROM t x "
-              "where b > 1 ORDER BY x.rowid)");
+              "where b > 1 ORDER BY x.rowid) AS \"row keys\"");
     EXPECT_EQ(keyPassText(read("select a from t order by 1"), {"rowid"}),
-              "SELECT \"row key 1\" FROM (SELECT a, t.rowid AS \"row key 1\" FROM t order by 1)");
+              "SELECT \"row key 1\" FROM (SELECT a, t.rowid AS \"row key 1\" FROM t order by 1) "
+              "AS \"row keys\"");
     EXPECT_EQ(keyPassText(read("select * from t"), {"\"k\"", "\"l\""}),
               "SELECT \"row key 1\", \"row key 2\" FROM (SELECT *, t.\"k\" AS \"row key 1\", "
-              "t.\"l\" AS \"row key 2\" FROM t ORDER BY t.\"k\", t.\"l\")");
+              "t.\"l\" AS \"row key 2\" FROM t ORDER BY t.\"k\", t.\"l\") AS \"row keys\"");
 }
 
 TEST(SqlText, ALimitWithoutAnOrderKeepsTheWholeListInTheKeyPass)

@@ -1,0 +1,25 @@
+// How statements for the server name rows of a keyed answer.
+#pragma once
+
+#include <string>
+
+#include <dorcpp/driver.h>
+#include <dorcpp/postgresql/statement.h>
+
+namespace DorCPP::Postgresql {
+
+// The keys of tables without a unique key: a place of the table, and the version of the row that
+// was there, for the place alone may be another row's by now.
+const std::vector<std::string>& placeKey();
+
+// " WHERE t.k1 = $n AND ..."; alias: with its point, or empty.
+std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber);
+void setKey(Values& values, int firstNumber, RowKeys& keys, size_t row);
+
+// The keys of rows as arrays, one parameter for each key column.
+void setKeyArrays(Values& values, RowKeys& keys, size_t first, size_t count);
+
+// A value that outlives the result it came from.
+Parameter ownValue(const Value& value);
+
+} // namespace DorCPP::Postgresql

@@ -1,0 +1,111 @@
+// Changing one row of a keyed answer on the server.
+#include <dorcpp/errors.h>
+#include <dorcpp/postgresql/driver.h>
+#include <dorcpp/postgresql/keys.h>
+#include <dorcpp/postgresql/savepoint.h>
+
+namespace DorCPP::Postgresql {
+
+namespace {
+
+constexpr size_t maxGuardBytes = 4096; // longer values do not guard a change
+
+// What the row must still hold, for its key alone may have been given to another row since: its
+// version, or on engines that count none, the values that were read.
+struct Guard {
+    std::string text;
+    std::vector<Value> values;
+
+    void add(const std::string& condition, const Value& value)
+    {
+        text += " AND " + condition;
+        values.push_back(value);
+    }
+};
+
+Guard guardOf(const KeyedText& text, const RowBlock& seen, size_t place, int firstNumber)
+{
+    Guard guard;
+    const auto next = [&] {
+        return " $" + std::to_string(firstNumber + static_cast<int>(guard.values.size()));
+    };
+    if (!text.key.version.empty()) {
+        guard.add(text.key.version + " =" + next(), seen.value(place, text.columns.size()));
+        return guard;
+    }
+    if (text.key.columns == placeKey()) // holds the version
+        return guard;
+    for (size_t i = 0; i < text.columns.size(); ++i) {
+        const Value old = seen.value(place, i);
+        if (text.columns[i].table.empty() || old.held < old.length || old.length > maxGuardBytes)
+            continue;
+        guard.add(quoteName(text.columns[i].column) + " IS NOT DISTINCT FROM" + next(), old);
+    }
+    return guard;
+}
+
+std::string returning(const TableKey& key)
+{
+    std::string text;
+    for (const std::string& column : key.columns)
+        text += (text.empty() ? " RETURNING " : ", ") + column;
+    return text;
+}
+
+} // namespace
+
+void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
+                                 const RowStatement& statement, const RowBlock& seen, size_t place)
+{
+    const int keyNumber = ServerText(statement.text).parameters() + 1;
+    const int guardNumber = keyNumber + static_cast<int>(text.key.columns.size());
+    const Guard guard = guardOf(text, seen, place, guardNumber);
+    const std::string sql = statement.text + whereKey(text.key, "", keyNumber) + guard.text +
+                            (statement.deletes ? " RETURNING 1" : returning(text.key));
+    const bool inside = inTransaction();
+    Savepoint change(*m_link);
+    const Prepared& prepared = kept(sql);
+    Values values = prepared.values();
+    for (const auto& [number, parameter] : statement.parameters) {
+        const auto i = static_cast<size_t>(number) - 1;
+        values.set(number, valueOf(parameter),
+                   i < prepared.parameterTypes.size() ? prepared.parameterTypes[i] : 0);
+    }
+    setKey(values, keyNumber, keys, row);
+    for (size_t i = 0; i < guard.values.size(); ++i)
+        values.set(guardNumber + static_cast<int>(i), guard.values[i]);
+    ++*m_changes;
+    Result result;
+    try {
+        m_link->sendPrepared(prepared.name, values, prepared.binary);
+        result = m_link->take();
+    } catch (DorX& x) {
+        addOutcome(x, SqlText(statement.text, SqlDialect::Postgresql), inside);
+        throw;
+    }
+    ++*m_changes;
+    if (PQntuples(result.get()) == 0) {
+        const Result still = [&] {
+            const std::string look =
+                "SELECT 1 FROM " + text.from + whereKey(text.key, text.alias + '.', 1);
+            Values key(static_cast<int>(text.key.columns.size()));
+            setKey(key, 1, keys, row);
+            return query(look, key);
+        }();
+        change.release();
+        throw makeError(PQntuples(still.get()) > 0 ? CodeRowChanged : CodeRowGone);
+    }
+    change.release();
+    if (statement.deletes) {
+        keys.drop(row);
+        return;
+    }
+    std::vector<Parameter> key;
+    std::string own;
+    for (int i = 0; i < PQnfields(result.get()); ++i)
+        key.push_back(ownValue(valueAt(result.get(), 0, i, own)));
+    if (!keys.isPacked() || key.front().integer != keys.packed(row))
+        keys.replace(row, std::move(key));
+}
+
+} // namespace DorCPP::Postgresql
