@@ -254,8 +254,6 @@ void Bench::updatesByPosition()
 {
     std::printf("\nupdates of %lld rows, each its own transaction\n",
                 static_cast<long long>(updates));
-    const double raw = best([&] { m_raw.updateByKey(updates); });
-    report("  raw, by key", raw, "ms");
     Client client(m_raw.database());
     client.openPage("SELECT * FROM item");
     const std::string text = std::string("UPDATE \"") + m_raw.owner() +
@@ -272,7 +270,15 @@ void Bench::updatesByPosition()
             client.cursor.execute(statement, &binds);
         }
     };
-    const double guarded = best(update);
+    double raw = 0;
+    double guarded = 0;
+    for (int i = 0; i < runs; ++i) { // in turns: what the disk does meanwhile meets both
+        const double byKey = milliseconds([&] { m_raw.updateByKey(updates); });
+        const double byPosition = milliseconds(update);
+        raw = i == 0 ? byKey : std::min(raw, byKey);
+        guarded = i == 0 ? byPosition : std::min(guarded, byPosition);
+    }
+    report("  raw, by key", raw, "ms");
     report("  guarded, by position", guarded, "ms");
     report("    of the raw ones", guarded / raw, "", m_limits.update);
 }

@@ -79,8 +79,9 @@ public:
         PQclear(PQprepare(m_db, "byKey", "UPDATE item SET qty = $1::bigint WHERE id = $2::bigint",
                           0, nullptr));
         for (int64_t id = 1; id <= count; ++id) {
-            const std::string text = std::to_string(id);
-            const char* values[] = {text.c_str(), text.c_str()};
+            const std::string value = std::to_string(++m_updates);
+            const std::string key = std::to_string(id);
+            const char* values[] = {value.c_str(), key.c_str()};
             PGresult* done = PQexecPrepared(m_db, "byKey", 2, values, nullptr, nullptr, 0);
             if (PQresultStatus(done) != PGRES_COMMAND_OK)
                 fail();

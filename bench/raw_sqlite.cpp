@@ -56,7 +56,7 @@ public:
         sqlite3_stmt* s = nullptr;
         check(sqlite3_prepare_v2(m_db, "UPDATE item SET qty = ? WHERE id = ?", -1, &s, nullptr));
         for (int64_t id = 1; id <= count; ++id) {
-            sqlite3_bind_int64(s, 1, id);
+            sqlite3_bind_int64(s, 1, ++m_updates);
             sqlite3_bind_int64(s, 2, id);
             sqlite3_step(s);
             check(sqlite3_reset(s));

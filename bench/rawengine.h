@@ -14,7 +14,8 @@ public:
     virtual void makeTable(int64_t rows) = 0;
     // Runs the statement and copies every cell out; returns a checksum.
     virtual uint64_t readAll(const std::string& sql) = 0;
-    // Sets the column qty of the rows 1 to count, one by one by key, with a prepared statement.
+    // Sets the column qty of the rows 1 to count, one by one by key, with a prepared statement,
+    // each time to another value: an engine may save the writing of the same.
     virtual void updateByKey(int64_t count) = 0;
     virtual void execute(const std::string& sql) = 0;
 
@@ -22,6 +23,9 @@ public:
     virtual const char* owner() const = 0;
     virtual std::string database() const = 0;
     virtual std::string peerArguments() const = 0;
+
+protected:
+    int64_t m_updates = 0;
 };
 
 // In a file of this path.

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
+#include <dorcpp/connectioninfo.h>
 #include <dorcpp/dorx.h>
 #include <dorcpp/types.h>
 #include <oviapi/export.h>
@@ -11,17 +11,6 @@
 namespace DorCPP {
 
 class Session;
-
-// What a connection is connected to, in UTF-8. Holds no password.
-struct ConnectionInfo {
-    std::string engine;   // as its makers write it
-    std::string version;  // of the engine or server
-    std::string host;     // of a server, else empty
-    std::string database; // the file's path, or the server's name of it; empty: in memory
-    std::string user;     // of a server
-    std::string cipher;   // TLS version and cipher of an encrypted connection, else empty
-    bool readOnly = false;
-};
 
 // A client's hold on a session. A session stays open as long as a connection that created or keeps
 // it, or a cursor on it, exists; connections attached without keeping it only look it up. A

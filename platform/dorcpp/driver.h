@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include <dorcpp/connect.h>
+#include <dorcpp/connectioninfo.h>
 #include <dorcpp/parameter.h>
 #include <dorcpp/rowblock.h>
 #include <dorcpp/rowkeys.h>
@@ -46,10 +46,10 @@ struct ColumnInfo {
 struct TableKey {
     std::vector<std::string> columns;
     std::vector<std::string> types; // of a server's columns, in its own words
-    bool rowId = false; // one column of 64-bit integers
-    std::string
-        version; // an expression that changes with the row; each row of a block then ends
-                 // with its value, behind the columns. Empty: none, the values guard the row
+    bool rowId = false;             // one column of 64-bit integers
+    // An expression that changes with the row: each row of a block ends with its value, behind the
+    // columns. Empty: none, the values guard the row.
+    std::string version;
 };
 
 // Where the rows of a keyed answer come from.

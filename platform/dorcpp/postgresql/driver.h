@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <dorcpp/dorx.h>
 #include <dorcpp/driver.h>
 #include <dorcpp/postgresql/statement.h>
 

@@ -1,5 +1,7 @@
 #include <dorcpp/postgresql/savepoint.h>
 
+#include <dorcpp/dorx.h>
+
 namespace DorCPP::Postgresql {
 
 Savepoint::Savepoint(Link& link)
