@@ -14,6 +14,7 @@
 // another cursor of the session while a statement runs, beside the same with none running. Prints
 // milliseconds, median and maximum, and returns 1 when a maximum is over its limit.
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -157,8 +158,17 @@ void floorOf(const std::string& path, const Statement& statement)
     if (sqlite3_open(path.c_str(), &db) != SQLITE_OK)
         return;
     Times idle;
+    std::atomic<bool> atWork = false; // before that an interruption hits nothing
+    const auto tell = [](void* flag) {
+        *static_cast<std::atomic<bool>*>(flag) = true;
+        return 0;
+    };
+    sqlite3_progress_handler(db, 1000, tell, &atWork);
     for (int i = 0; i < stops / 4; ++i) {
+        atWork = false;
         std::thread runner([&] { sqlite3_exec(db, statement.sql, nullptr, nullptr, nullptr); });
+        while (!atWork)
+            std::this_thread::yield();
         aMoment();
         const Clock::time_point start = Clock::now();
         sqlite3_interrupt(db);
@@ -214,6 +224,7 @@ bool readBeside(const DorConnect& connection)
 
 int main(int argc, char** argv)
 {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0); // seen while it runs
     std::string folder;
     std::string database = argc > 1 && std::strcmp(argv[1], "-") != 0 ? argv[1] : "";
     if (database.empty()) {

@@ -223,9 +223,7 @@ void xRAsyncCursor::singleLevelExec(const Start& start)
     waiting.checkCursor();
     if (result != OneLevelGUIWaiter::Completed)
         stopped(relayLife);
-    const DorX end = handler.result();
-    if (end.status() != 0)
-        throw end;
+    handler.check();
 }
 
 // Cancels the statement of a wait that has ended before it.

@@ -44,9 +44,19 @@ private:
     sigset_t m_before;
 };
 
+// What lies in the pipe: an address, written whole or not at all.
+constexpr size_t addressSize = 8;
+static_assert(sizeof(void*) == addressSize);
+
 DorCPP::DorX endRecord(unsigned short status, int code)
 {
     return DorCPP::DorX(code != 0 ? -1 : 0, status, "");
+}
+
+void throwError(unsigned short status, int code)
+{
+    if (code != 0)
+        throw endRecord(status, code);
 }
 
 // Sleeps until something can be written, and a little while at most: nobody may read any more.
@@ -62,10 +72,10 @@ HandedHandler* readHandler()
 {
     const CompletionSignalsBlocked blocked;
     HandedHandler* handler = nullptr;
+    auto* bytes = reinterpret_cast<char*>(&handler);
     size_t got = 0;
-    while (got < sizeof handler) {
-        const ssize_t n = ::read(lateHandlers.readEnd, reinterpret_cast<char*>(&handler) + got,
-                                 sizeof handler - got);
+    while (got < addressSize) {
+        const ssize_t n = ::read(lateHandlers.readEnd, bytes + got, addressSize - got);
         if (n > 0)
             got += static_cast<size_t>(n);
         else if (n == 0 || (errno != EINTR && (errno != EAGAIN || got == 0)))
@@ -126,6 +136,11 @@ DorCPP::DorX AsyncCursorHandler::result() const
     return endRecord(m_status, m_code);
 }
 
+void AsyncCursorHandler::check() const
+{
+    throwError(m_status, m_code);
+}
+
 void OneLevelHandler::handler(unsigned short status, int code)
 {
     m_status = status;
@@ -136,6 +151,11 @@ void OneLevelHandler::handler(unsigned short status, int code)
 DorCPP::DorX OneLevelHandler::result() const
 {
     return endRecord(m_status, m_code);
+}
+
+void OneLevelHandler::check() const
+{
+    throwError(m_status, m_code);
 }
 
 void OneLevelRelay::handler(unsigned short status, int code)
@@ -210,7 +230,6 @@ bool HandlerManager::onPost(void* handler)
 
 void HandlerManager::post(HandedHandler* handler) noexcept
 {
-    static_assert(sizeof handler == 8, "written into the pipe whole or not at all");
     const int error = errno; // a signal handler must not change it
     while (true) {
         if (processEnds) {
@@ -218,7 +237,7 @@ void HandlerManager::post(HandedHandler* handler) noexcept
             break;
         }
         watch();
-        if (::write(lateHandlers.writeEnd, &handler, sizeof handler) == sizeof handler)
+        if (::write(lateHandlers.writeEnd, &handler, addressSize) > 0)
             break;
         if (errno == EAGAIN) {
             // On this thread nobody could make room: better a handler that is never freed.

@@ -57,6 +57,8 @@ public:
     // The end of the statement as an error record: status -1 and the error code, or the empty
     // record; never a text. Only when done.
     DorCPP::DorX result() const;
+    // Throws it when it is an error.
+    void check() const;
 
 private:
     int m_code = 0;
@@ -72,6 +74,7 @@ class OVIEXT_API OneLevelHandler final : public DorCPP::DorCursor::Handler {
 public:
     void handler(unsigned short status, int code) override;
     DorCPP::DorX result() const;
+    void check() const;
 
 private:
     int m_code = 0;
@@ -119,9 +122,10 @@ public:
     // is full. When the process ends no event loop will read it: the handler is then freed here.
     static void post(HandedHandler* handler) noexcept;
 
+    ~HandlerManager() override;
+
 private:
     HandlerManager();
-    ~HandlerManager() override;
 
     static void watch() noexcept;
 };

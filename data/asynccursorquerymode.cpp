@@ -51,9 +51,7 @@ void AsyncCursorQueryMode::wait()
         if (guard.isTerminated() || (!quitting && Application::isQuitting()))
             throw Terminate();
     }
-    const DorCPP::DorX end = handler->result();
-    if (end.status() != 0)
-        throw end;
+    handler->check();
 }
 
 void AsyncCursorQueryMode::terminate()

@@ -54,9 +54,10 @@ void Workers::start(std::function<void()> job, std::function<void()> cancel)
 {
     const std::lock_guard lock(m_mutex);
     m_jobs.remove_if([](Job& j) {
-        if (j.ended)
+        const bool ended = j.ended; // asked once: it may end at this moment
+        if (ended)
             j.thread.join();
-        return j.ended.load();
+        return ended;
     });
     Job& entry = m_jobs.emplace_back();
     entry.cancel = std::move(cancel);
