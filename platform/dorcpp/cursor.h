@@ -133,10 +133,6 @@ public:
     int blobType(int column) const;
 
 private:
-    CursorState& state() const;
-    // The state with the answer of a finished asynchronous statement taken over.
-    CursorState& idleState() const;
-
     std::shared_ptr<CursorState> m_state;
     bool m_owner = false;
 };
