@@ -174,14 +174,19 @@ private:
 
     size_t begin(size_t token) const { return s.tokens()[token].from; }
     size_t end(size_t token) const { return s.tokens()[token - 1].to; } // of the token before
-    // The text never joins a literal beside it.
+    // The text never joins a word or a literal beside it.
     void replace(size_t from, size_t to, std::string text)
     {
-        if (begin(from) > 0 && s.source()[begin(from) - 1] == '\'')
+        if (begin(from) > 0 && joins(s.source()[begin(from) - 1]))
             text.insert(0, 1, ' ');
-        if (end(to) < s.source().size() && s.source()[end(to)] == '\'')
+        if (end(to) < s.source().size() && joins(s.source()[end(to)]))
             text += ' ';
         m_edits.push_back({begin(from), end(to), std::move(text)});
+    }
+    static bool joins(char c)
+    {
+        return c == '\'' || c == '_' || c == '$' || isDigit(c) || (c & 0x80) != 0 ||
+               ((c | 0x20) >= 'a' && (c | 0x20) <= 'z');
     }
 
     void markSubqueries()
@@ -427,6 +432,8 @@ private:
                       const std::vector<std::vector<Item>>& rows)
     {
         const size_t width = !list.empty() ? list.size() : m_columns ? m_columns->size() : 0;
+        if (!list.empty() && list.back().to + 1 != values) // the engine says so
+            return;
         std::vector<bool> out;
         for (const std::vector<Item>& row : rows) {
             std::vector<bool> defaults(row.size());
@@ -442,6 +449,10 @@ private:
         const auto count = std::count(out.begin(), out.end(), true);
         if (count == 0)
             return;
+        for (size_t k = 0; k < list.size(); ++k) { // a wrong name must not go unseen
+            if (out[k] && (list[k].column == none || list[k].to != list[k].from + 1))
+                refuse(s, values, "DEFAULT stands for a column that the table does not have");
+        }
         if (static_cast<size_t>(count) < width) {
             writeColumns(values, list, out);
             for (const std::vector<Item>& row : rows)

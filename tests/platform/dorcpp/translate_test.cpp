@@ -164,6 +164,7 @@ TEST(Translate, ADefaultLeavesBothListsOfAnInsert)
               "INSERT INTO t(id, d) VALUES (f(1, 2), 'DEFAULT')");
     EXPECT_EQ(refusal("INSERT INTO t(id, d) VALUES (1, DEFAULT), (2, '2005-01-01')"), CodeSqlText);
     EXPECT_EQ(refusal("INSERT INTO t(d) VALUES (DEFAULT), (DEFAULT)"), CodeSqlText);
+    EXPECT_EQ(refusal("INSERT INTO t(id, nowhere) VALUES (1, DEFAULT)"), CodeSqlText);
     const char* server = "INSERT INTO t(id, d) VALUES (1, DEFAULT)";
     EXPECT_EQ(sentToServer(server), server);
 }
