@@ -462,7 +462,7 @@ private:
         if (rows.size() > 1)
             refuse(s, values, "a row without a value must be the only one of its statement");
         const size_t from = list.empty() ? values : list.front().from - 1;
-        m_edits.push_back({begin(from), end(rows.front().back().to + 1), " DEFAULT VALUES"});
+        replace(from, rows.front().back().to + 1, " DEFAULT VALUES");
     }
 
     void writeColumns(size_t values, const std::vector<Item>& list, const std::vector<bool>& out)
