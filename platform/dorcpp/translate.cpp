@@ -28,11 +28,16 @@ int hexDigit(char c)
     return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
-[[noreturn]] void refuse(const SqlText& s, size_t token, const char* reason)
+DorX refusal(const SqlText& s, size_t token, const char* reason)
 {
     DorX x = makeError(CodeSqlText, std::string_view(reason));
     x.setPosition(static_cast<int>(s.tokens()[token].from) + 1);
-    throw x;
+    return x;
+}
+
+[[noreturn]] void refuse(const SqlText& s, size_t token, const char* reason)
+{
+    throw refusal(s, token, reason);
 }
 
 // Tokens from `from` to the one before `to`; as a value, of a column of the table or none.
