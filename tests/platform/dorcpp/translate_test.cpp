@@ -117,7 +117,7 @@ TEST(Translate, DigitsThatAreNoneAreRefused)
 
 TEST(Translate, ExtfileBecomesItsText)
 {
-    EXPECT_EQ(sent("UPDATE t SET f = EXTFILE('/tmp/a''b')"), "UPDATE t SET f = '/tmp/a''b'");
+    EXPECT_EQ(sent("UPDATE t SET f = EXTFILE('/files/a''b')"), "UPDATE t SET f = '/files/a''b'");
     EXPECT_EQ(sent("UPDATE t SET f = extfile(NULL)"), "UPDATE t SET f = extfile(NULL)");
     EXPECT_EQ(sent("insert into t (f) values (EXTFILE('x'))"), "insert into t (f) values ('x')");
 }
