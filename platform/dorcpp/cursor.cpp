@@ -106,6 +106,40 @@ int64_t targetRow(const CursorState& s, int direction, int64_t row)
     }
 }
 
+CursorState& created(const std::shared_ptr<CursorState>& state)
+{
+    if (!state)
+        throw makeError(CodeBadCall, "the cursor has not been created");
+    return *state;
+}
+
+void takeFinished(CursorState& s)
+{
+    if (!s.execution->isFinished())
+        throw makeError(CodeBusy, OviAPI::Phrase::DbDetailCursorBusy);
+    s.takeFinished();
+}
+
+// Of a value of which less is kept than the buffer takes.
+ValueState deliverLong(CursorState& s, size_t column, Value value, int clientType, void* buffer,
+                       size_t capacity, size_t& stored)
+{
+    std::string more(std::min(value.length, capacity), '\0');
+    more.resize(s.answer.rows->piece(column, 0, more.data(), more.size()));
+    value.data = more.data();
+    value.held = more.size();
+    return deliver(value, clientType, buffer, capacity, stored);
+}
+
+// The state with the answer of a finished asynchronous statement taken over.
+CursorState& idle(const std::shared_ptr<CursorState>& state)
+{
+    CursorState& s = created(state);
+    if (!s.answerTaken)
+        takeFinished(s);
+    return s;
+}
+
 } // namespace
 
 DorCursor::Handler::~Handler() = default;
@@ -167,61 +201,43 @@ void DorCursor::close()
     m_state->drop();
 }
 
-CursorState& DorCursor::state() const
-{
-    if (!m_state)
-        throw makeError(CodeBadCall, "the cursor has not been created");
-    return *m_state;
-}
-
-CursorState& DorCursor::idleState() const
-{
-    CursorState& s = state();
-    if (s.answerTaken)
-        return s;
-    if (!s.execution->isFinished())
-        throw makeError(CodeBusy, OviAPI::Phrase::DbDetailCursorBusy);
-    s.takeFinished();
-    return s;
-}
-
 void DorCursor::execute(const char* sql, Handler* handler)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     s.execute(statementOf(sql, s.session->dialect()), handler);
 }
 
 void DorCursor::execute(const DorStatement& statement, const BindMap* binds, Handler* handler)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     s.execute(statementOf(statement, binds, s.session->dialect()), handler);
 }
 
 bool DorCursor::isRunning() const
 {
-    const CursorState& s = state();
+    const CursorState& s = created(m_state);
     return s.execution && !s.execution->isFinished();
 }
 
 bool DorCursor::isInCallback() const
 {
-    const CursorState& s = state();
+    const CursorState& s = created(m_state);
     return s.execution && s.execution->isInCallback();
 }
 
 const DorX& DorCursor::lastError() const
 {
-    return idleState().error;
+    return idle(m_state).error;
 }
 
 int DorCursor::columnCount() const
 {
-    return static_cast<int>(idleState().answer.columns.size());
+    return static_cast<int>(idle(m_state).answer.columns.size());
 }
 
 void DorCursor::answerDesc(int i, t_ParamDesc& desc) const
 {
-    const CursorState& s = idleState();
+    const CursorState& s = idle(m_state);
     const ColumnInfo& column = s.answer.columns[s.columnAt(i)];
     const bool named = putName(column.owner, desc.owner, desc.ownerLength) &&
                        putName(column.table, desc.table, desc.tableLength) &&
@@ -239,22 +255,22 @@ void DorCursor::answerDesc(int i, t_ParamDesc& desc) const
 
 int64_t DorCursor::selectRowCount() const
 {
-    return idleState().rowCount();
+    return idle(m_state).rowCount();
 }
 
 int64_t DorCursor::changedRowCount() const
 {
-    return idleState().answer.changed;
+    return idle(m_state).answer.changed;
 }
 
 bool DorCursor::isKeyed() const
 {
-    return idleState().isUpdatable();
+    return idle(m_state).isUpdatable();
 }
 
 void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* rows)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     if (!s.answer.rows)
         throw makeError(CodeBadCall, "the cursor has no answer");
     if (s.pending)
@@ -282,24 +298,19 @@ void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* row
 
 int64_t DorCursor::position() const
 {
-    return idleState().position;
+    return idle(m_state).position;
 }
 
 ValueState DorCursor::getData(int column, int clientType, void* buffer, size_t capacity,
                               short* indicator, size_t* length)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
-    Value value = s.valueAt(i);
-    std::string more;
-    if (value.held < value.length && value.held < capacity) { // a buffer larger than what is kept
-        more.resize(std::min(value.length, capacity));
-        more.resize(s.answer.rows->piece(i, 0, more.data(), more.size()));
-        value.data = more.data();
-        value.held = more.size();
-    }
+    const Value value = s.valueAt(i);
     size_t stored = 0;
-    const ValueState state = deliver(value, clientType, buffer, capacity, stored);
+    const bool all = value.held >= value.length || value.held >= capacity;
+    const ValueState state = all ? deliver(value, clientType, buffer, capacity, stored)
+                                 : deliverLong(s, i, value, clientType, buffer, capacity, stored);
     s.found[i] = {state, s.reading};
     if (indicator)
         *indicator = state == ValueState::Null ? 1 : 0;
@@ -310,7 +321,7 @@ ValueState DorCursor::getData(int column, int clientType, void* buffer, size_t c
 
 ValueState DorCursor::valueState(int column) const
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
     if (s.found[i].reading == s.reading)
         return s.found[i].state;
@@ -319,13 +330,13 @@ ValueState DorCursor::valueState(int column) const
 
 bool DorCursor::isNull(int column) const
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     return s.valueAt(s.columnAt(column)).kind == Value::Null;
 }
 
 int64_t DorCursor::getBlobLen(int column)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
     const Value value = s.valueAt(i);
     if (value.kind == Value::Integer)
@@ -337,7 +348,7 @@ int64_t DorCursor::getBlobLen(int column)
 
 size_t DorCursor::getBlob(int column, int64_t offset, void* buffer, size_t size)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
     const Value value = s.valueAt(i);
     std::string number;
@@ -359,7 +370,7 @@ size_t DorCursor::getBlob(int column, int64_t offset, void* buffer, size_t size)
 
 void DorCursor::clearBlob(int column)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
     if (s.pending && s.pending->column != i)
         s.writePending();
@@ -377,7 +388,7 @@ void DorCursor::clearBlob(int column)
 
 void DorCursor::appendBlob(int column, const void* data, size_t size)
 {
-    CursorState& s = idleState();
+    CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
     if (!s.pending || s.pending->column != i) {
         auto before = std::make_unique<BigValue>();
@@ -395,7 +406,7 @@ void DorCursor::appendBlob(int column, const void* data, size_t size)
 
 int DorCursor::blobType(int column) const
 {
-    const CursorState& s = idleState();
+    const CursorState& s = idle(m_state);
     return s.answer.columns[s.columnAt(column)].type;
 }
 

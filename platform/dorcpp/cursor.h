@@ -26,7 +26,8 @@ struct CursorState;
 // row at the position, and only as long as it is what the fetch has read; answer and position stay.
 // A fetched row never changes by itself: it is read anew by a fetch (rows are read in blocks, and a
 // block again after the session has changed rows by any other statement) and by the cursor's own
-// change, which leaves the other rows as they were read. After a DELETE the row is missing.
+// change, which leaves the other rows as they were read. After a DELETE the row is missing, also when
+// the transaction is rolled back: then execute again.
 //
 // INSERT, UPDATE and DELETE may hold what the engines do not know: Hex('..'), EXTFILE('..'),
 // DEFAULT as a value, dates as 'mm/dd/yyyy:hh:mi:ss.ff'. Every other text reaches the engine byte
@@ -133,10 +134,6 @@ public:
     int blobType(int column) const;
 
 private:
-    CursorState& state() const;
-    // The state with the answer of a finished asynchronous statement taken over.
-    CursorState& idleState() const;
-
     std::shared_ptr<CursorState> m_state;
     bool m_owner = false;
 };

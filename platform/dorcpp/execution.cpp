@@ -7,8 +7,8 @@
 
 namespace DorCPP {
 
-Execution::Execution(const std::shared_ptr<Session>& session, StatementText statement)
-    : m_session(session)
+Execution::Execution(std::shared_ptr<Session> session, StatementText statement)
+    : m_session(std::move(session))
     , m_statement(std::move(statement))
     , m_kind(kindOf(m_statement.sql))
 {
@@ -17,7 +17,7 @@ Execution::Execution(const std::shared_ptr<Session>& session, StatementText stat
 std::shared_ptr<Execution> Execution::start(const std::shared_ptr<Session>& session,
                                             StatementText statement, DorCursor::Handler& handler)
 {
-    const auto execution = std::make_shared<Execution>(session, std::move(statement));
+    auto execution = std::make_shared<Execution>(session, std::move(statement));
     const bool elsewhere = session->mayRunElsewhere(execution->m_kind);
     if (!elsewhere)
         session->noteStarting(execution->m_kind);
@@ -29,7 +29,7 @@ std::shared_ptr<Execution> Execution::startOnRow(const std::shared_ptr<Session>&
                                                  StatementText statement, Answer& answer,
                                                  DorCursor::Handler& handler)
 {
-    const auto execution = std::make_shared<Execution>(session, std::move(statement));
+    auto execution = std::make_shared<Execution>(session, std::move(statement));
     execution->m_onRow = true;
     execution->m_answer = std::move(answer);
     try {

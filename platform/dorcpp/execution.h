@@ -14,7 +14,7 @@ namespace DorCPP {
 // isFinished, then to the cursor; a cursor that was closed meanwhile just lets go.
 class Execution : public std::enable_shared_from_this<Execution> {
 public:
-    Execution(const std::shared_ptr<Session>& session, StatementText statement);
+    Execution(std::shared_ptr<Session> session, StatementText statement);
 
     // Chooses the connection and starts the worker; waits for nobody. Throws DorX when no thread
     // can be made: the handler is not called then.

@@ -17,12 +17,17 @@ size_t findClause(const SqlText& s)
     return s.count();
 }
 
-[[noreturn]] void refuse(const SqlText& s, size_t token, const char* reason)
+DorX refusal(const SqlText& s, size_t token, const char* reason)
 {
     DorX x = makeError(CodeSqlText, std::string_view(reason));
     if (token < s.count())
         x.setPosition(static_cast<int>(s.tokens()[token].from) + 1);
-    throw x;
+    return x;
+}
+
+[[noreturn]] void refuse(const SqlText& s, size_t token, const char* reason)
+{
+    throw refusal(s, token, reason);
 }
 
 // Refuses what would end the assignments before the clause.

@@ -67,10 +67,16 @@ bool KeyedRows::use(int64_t row)
 {
     m_current->lastUse = ++m_clock;
     m_row = row;
-    m_place = m_current->places[static_cast<size_t>(row - m_current->first)];
-    if (m_keys.isGone(static_cast<size_t>(row)))
-        m_place = -1;
+    const int place = m_current->places[static_cast<size_t>(row - m_current->first)];
+    setPlace(m_keys.isGone(static_cast<size_t>(row)) ? -1 : place);
     return m_place >= 0;
+}
+
+void KeyedRows::setPlace(int place)
+{
+    m_place = place;
+    m_block = place >= 0 ? &m_current->rows : nullptr;
+    m_inBlock = static_cast<size_t>(place);
 }
 
 bool KeyedRows::findLoaded(int64_t row)
@@ -120,6 +126,7 @@ void KeyedRows::load(int64_t row, Driver& driver)
 
 bool KeyedRows::seek(int64_t row)
 {
+    m_block = nullptr;
     if (!findLoaded(row)) {
         const Session::Use driver(*m_session);
         load(row, *driver);
@@ -129,14 +136,15 @@ bool KeyedRows::seek(int64_t row)
 
 bool KeyedRows::seek(int64_t row, Driver& driver)
 {
+    m_block = nullptr;
     if (!findLoaded(row))
         load(row, driver);
     return use(row);
 }
 
-Value KeyedRows::value(size_t column)
+Value KeyedRows::read(size_t)
 {
-    return m_current->rows.value(static_cast<size_t>(m_place), column);
+    throw makeError(CodeRowGone);
 }
 
 size_t KeyedRows::piece(size_t column, uint64_t offset, void* buffer, size_t size)
@@ -164,7 +172,7 @@ void KeyedRows::modify(const RowStatement& statement, Driver& driver)
             block.changes = changes;
     }
     if (statement.deletes)
-        m_place = -1;
+        setPlace(-1);
     else
         readAnew(driver);
 }
@@ -179,7 +187,7 @@ void KeyedRows::readAnew(Driver& driver)
         m_current->changes = outdated; // the change was made; the next seek tells what is wrong
         return;
     }
-    m_place = places[0] < 0 ? -1 : copyRow(row, static_cast<size_t>(places[0]), m_current->rows);
+    setPlace(places[0] < 0 ? -1 : copyRow(row, static_cast<size_t>(places[0]), m_current->rows));
     m_current->places[static_cast<size_t>(m_row - m_current->first)] = m_place;
 }
 

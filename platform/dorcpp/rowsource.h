@@ -24,7 +24,10 @@ public:
     // Whether the row sought last is there; modify may have ended it.
     virtual bool isThere() const = 0;
     // A value of that row; its bytes stay valid until the next call.
-    virtual Value value(size_t column) = 0;
+    Value value(size_t column)
+    {
+        return m_block ? m_block->value(m_inBlock, column) : read(column);
+    }
     // A piece of a text or blob of that row.
     virtual size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) = 0;
     virtual bool isKeyed() const = 0;
@@ -32,6 +35,12 @@ public:
     virtual void modify(const RowStatement& statement, Driver& driver) = 0;
     // What a positioned statement has to name; null where no row can be changed.
     virtual const KeyedText* keyedText() const = 0;
+
+protected:
+    virtual Value read(size_t column) = 0;
+    // The row sought last, where all its values lie in a block: asked for every cell.
+    const RowBlock* m_block = nullptr;
+    size_t m_inBlock = 0;
 };
 
 // Rows copied when the statement was executed.
@@ -44,11 +53,13 @@ public:
     int64_t count() const override { return m_rows->rows(); }
     bool seek(int64_t row) override;
     bool isThere() const override { return true; }
-    Value value(size_t column) override { return m_rows->value(m_row, column); }
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return false; }
     void modify(const RowStatement& statement, Driver& driver) override;
     const KeyedText* keyedText() const override { return nullptr; }
+
+protected:
+    Value read(size_t column) override { return m_rows->value(m_row, column); }
 
 private:
     std::unique_ptr<Spool> m_rows;
@@ -72,11 +83,13 @@ public:
     // The same through a driver that the caller has.
     bool seek(int64_t row, Driver& driver);
     bool isThere() const override { return m_place >= 0; }
-    Value value(size_t column) override;
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return true; }
     void modify(const RowStatement& statement, Driver& driver) override;
     const KeyedText* keyedText() const override { return &m_text; }
+
+protected:
+    Value read(size_t column) override;
 
 private:
     struct Block {
@@ -93,6 +106,7 @@ private:
     void load(int64_t row, Driver& driver);
     bool use(int64_t row);
     void readAnew(Driver& driver);
+    void setPlace(int place);
 
     static constexpr int64_t smallBlock = 64;
     static constexpr int64_t largeBlock = 512;

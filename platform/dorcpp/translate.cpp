@@ -28,11 +28,16 @@ int hexDigit(char c)
     return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
-[[noreturn]] void refuse(const SqlText& s, size_t token, const char* reason)
+DorX refusal(const SqlText& s, size_t token, const char* reason)
 {
     DorX x = makeError(CodeSqlText, std::string_view(reason));
     x.setPosition(static_cast<int>(s.tokens()[token].from) + 1);
-    throw x;
+    return x;
+}
+
+[[noreturn]] void refuse(const SqlText& s, size_t token, const char* reason)
+{
+    throw refusal(s, token, reason);
 }
 
 // Tokens from `from` to the one before `to`; as a value, of a column of the table or none.
@@ -174,14 +179,19 @@ private:
 
     size_t begin(size_t token) const { return s.tokens()[token].from; }
     size_t end(size_t token) const { return s.tokens()[token - 1].to; } // of the token before
-    // The text never joins a literal beside it.
+    // The text never joins a word or a literal beside it.
     void replace(size_t from, size_t to, std::string text)
     {
-        if (begin(from) > 0 && s.source()[begin(from) - 1] == '\'')
+        if (begin(from) > 0 && joins(s.source()[begin(from) - 1]))
             text.insert(0, 1, ' ');
-        if (end(to) < s.source().size() && s.source()[end(to)] == '\'')
+        if (end(to) < s.source().size() && joins(s.source()[end(to)]))
             text += ' ';
         m_edits.push_back({begin(from), end(to), std::move(text)});
+    }
+    static bool joins(char c)
+    {
+        return c == '\'' || c == '_' || c == '$' || isDigit(c) || (c & 0x80) != 0 ||
+               ((c | 0x20) >= 'a' && (c | 0x20) <= 'z');
     }
 
     void markSubqueries()
@@ -427,6 +437,8 @@ private:
                       const std::vector<std::vector<Item>>& rows)
     {
         const size_t width = !list.empty() ? list.size() : m_columns ? m_columns->size() : 0;
+        if (!list.empty() && list.back().to + 1 != values) // the engine says so
+            return;
         std::vector<bool> out;
         for (const std::vector<Item>& row : rows) {
             std::vector<bool> defaults(row.size());
@@ -442,6 +454,10 @@ private:
         const auto count = std::count(out.begin(), out.end(), true);
         if (count == 0)
             return;
+        for (size_t k = 0; k < list.size(); ++k) { // a wrong name must not go unseen
+            if (out[k] && (list[k].column == none || list[k].to != list[k].from + 1))
+                refuse(s, values, "DEFAULT stands for a column that the table does not have");
+        }
         if (static_cast<size_t>(count) < width) {
             writeColumns(values, list, out);
             for (const std::vector<Item>& row : rows)
@@ -451,7 +467,7 @@ private:
         if (rows.size() > 1)
             refuse(s, values, "a row without a value must be the only one of its statement");
         const size_t from = list.empty() ? values : list.front().from - 1;
-        m_edits.push_back({begin(from), end(rows.front().back().to + 1), " DEFAULT VALUES"});
+        replace(from, rows.front().back().to + 1, " DEFAULT VALUES");
     }
 
     void writeColumns(size_t values, const std::vector<Item>& list, const std::vector<bool>& out)

@@ -425,6 +425,11 @@ ValueState deliver(const Value& value, int clientType, void* buffer, size_t capa
                    size_t& length)
 {
     char* to = static_cast<char*>(buffer);
+    if (value.kind == Value::Integer && clientType == TypeBigint && capacity == sizeof(int64_t)) {
+        put(to, value.integer); // the most frequent form
+        length = sizeof(int64_t);
+        return ValueState::Exact;
+    }
     switch (clientType) {
     case TypeChar:
     case TypeVarchar:

@@ -1,10 +1,12 @@
 // Translates any text for both engines. What comes out must not change when it is translated again,
-// and every token that is no literal, no comma and no word of the translation must still be there.
+// be the same kind of statement and have the same parameters. Of a positioned statement nothing
+// that speaks of the cursor may be left for the engine, and masking a masked text changes nothing.
 #include <dorcpp/translate.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -82,6 +84,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     check(sql, SqlDialect::Sqlite);
     check(sql, SqlDialect::Postgresql);
     const std::string masked = maskedText(sql, "SQLite");
-    require(maskedText(masked, "SQLite").size() <= masked.size());
+    require(maskedText(masked, "SQLite") == masked);
     return 0;
 }

@@ -300,7 +300,7 @@ void SqliteDriver::readRange(const KeyedText& text, const RowKeys& keys, size_t 
     for (size_t i = 0; use.step();) {
         if (block.rows() == 0)
             checkColumns(use.get(), text, 1);
-        const int64_t key = sqlite3_column_int64(use.get(), columns);
+        const int64_t key = sqlite3_value_int64(sqlite3_column_value(use.get(), columns));
         while (i < places.size() && keys.packed(first + i) < key)
             ++i;
         if (i == places.size() || block.heapBytes() > maxBlockHeap)

@@ -117,7 +117,7 @@ TEST(Translate, DigitsThatAreNoneAreRefused)
 
 TEST(Translate, ExtfileBecomesItsText)
 {
-    EXPECT_EQ(sent("UPDATE t SET f = EXTFILE('/tmp/a''b')"), "UPDATE t SET f = '/tmp/a''b'");
+    EXPECT_EQ(sent("UPDATE t SET f = EXTFILE('/files/a''b')"), "UPDATE t SET f = '/files/a''b'");
     EXPECT_EQ(sent("UPDATE t SET f = extfile(NULL)"), "UPDATE t SET f = extfile(NULL)");
     EXPECT_EQ(sent("insert into t (f) values (EXTFILE('x'))"), "insert into t (f) values ('x')");
 }
@@ -164,6 +164,7 @@ TEST(Translate, ADefaultLeavesBothListsOfAnInsert)
               "INSERT INTO t(id, d) VALUES (f(1, 2), 'DEFAULT')");
     EXPECT_EQ(refusal("INSERT INTO t(id, d) VALUES (1, DEFAULT), (2, '2005-01-01')"), CodeSqlText);
     EXPECT_EQ(refusal("INSERT INTO t(d) VALUES (DEFAULT), (DEFAULT)"), CodeSqlText);
+    EXPECT_EQ(refusal("INSERT INTO t(id, nowhere) VALUES (1, DEFAULT)"), CodeSqlText);
     const char* server = "INSERT INTO t(id, d) VALUES (1, DEFAULT)";
     EXPECT_EQ(sentToServer(server), server);
 }
