@@ -46,7 +46,7 @@ struct ColumnInfo {
 struct TableKey {
     std::vector<std::string> columns;
     std::vector<std::string> types; // of a server's columns, in its own words
-    bool rowId = false; // one column of 64-bit integers
+    bool rowId = false;             // one column of 64-bit integers
     std::string
         version; // an expression that changes with the row; each row of a block then ends
                  // with its value, behind the columns. Empty: none, the values guard the row
