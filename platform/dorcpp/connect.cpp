@@ -29,10 +29,20 @@ std::string_view schemeOf(std::string_view database)
 // Whether the text describes a server as "keyword=value" pairs.
 bool isServerText(std::string_view database)
 {
-    static constexpr std::array<std::string_view, 14> keywords{
-        "host",     "hostaddr", "port",        "dbname",          "user",
-        "password", "passfile", "service",     "connect_timeout", "application_name",
-        "options",  "sslmode",  "sslrootcert", "target_session_attrs"};
+    static constexpr std::array<std::string_view, 14> keywords{"host",
+                                                               "hostaddr",
+                                                               "port",
+                                                               "dbname",
+                                                               "user",
+                                                               "password",
+                                                               "passfile",
+                                                               "service",
+                                                               "connect_timeout",
+                                                               "application_name",
+                                                               "options",
+                                                               "sslmode",
+                                                               "sslrootcert",
+                                                               "target_session_attrs"};
     const size_t from = database.find_first_not_of(" \t\n");
     const size_t equals = database.find('=');
     if (from == std::string_view::npos || equals == std::string_view::npos)

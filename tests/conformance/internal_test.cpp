@@ -33,8 +33,8 @@ Target target(bool readOnly = false)
     const auto& s = server();
     Target t;
     t.engine = SqlDialect::Postgresql;
-    t.server = Secret("host=" + s.at("host") + " port=" + s.at("port") + " dbname=" +
-                      s.at("database"));
+    t.server = Secret("host=" + s.at("host") + " port=" + s.at("port") +
+                      " dbname=" + s.at("database") + " sslmode=disable");
     t.user = s.at("user");
     t.password = Secret(s.at("password"));
     t.readOnly = readOnly;
@@ -86,7 +86,8 @@ TEST(ServerTexts, ParametersAreNumbered)
     EXPECT_EQ(text("a = ? and b=?"), "a = $1 and b=$2");
     EXPECT_EQ(text("?3, ?, ?1"), "$3, $4, $1");
     EXPECT_EQ(text("$2, ?"), "$2, $3");
-    EXPECT_EQ(text("'?' || \"?\" -- ?\n/* ? */ || $q$?$q$"), "'?' || \"?\" -- ?\n/* ? */ || $q$?$q$");
+    EXPECT_EQ(text("'?' || \"?\" -- ?\n/* ? */ || $q$?$q$"),
+              "'?' || \"?\" -- ?\n/* ? */ || $q$?$q$");
     EXPECT_EQ(text("a ?? b, a ?| b, a ?& b, a @? b"), "a ? b, a ?| b, a ?& b, a @? b");
     EXPECT_EQ(text("'x'||?||?"), "'x'||$1||$2");
     EXPECT_EQ(text("a::int[1:2], :name"), "a::int[1:2], :name");

@@ -161,12 +161,12 @@ class LostServer : public ::testing::Test {
 protected:
     LostServer()
     {
-        run("start");
+        run("plain");
         state = readServer(stateFile);
-        connection.createCS(state["user"].c_str(), state["password"].c_str(),
-                            ("host=127.0.0.1 port=" + state["port"] + " dbname=" + state["database"])
-                                .c_str(),
-                            "", 0, false, false);
+        connection.createCS(
+            state["user"].c_str(), state["password"].c_str(),
+            ("host=127.0.0.1 port=" + state["port"] + " dbname=" + state["database"]).c_str(), "",
+            0, false, false);
         cursor.create(connection, 0, nullptr, true);
     }
     ~LostServer() override { run("stop"); }
@@ -201,6 +201,20 @@ TEST_F(LostServer, AServerThatStoppedIsSaidToHaveStopped)
     ASSERT_TRUE(waiter.wait());
     EXPECT_EQ(waiter.status, CodeServerStopped);
     EXPECT_EQ(codeOf([&] { second.execute("SELECT 1"); }), CodeServerStopped);
+}
+
+TEST_F(LostServer, AServerWithoutTlsIsRefusedWhereTlsIsWanted)
+{
+    for (const char* host : {"host=127.0.0.1 sslmode=require", "host=127.0.0.2"}) {
+        const std::string text =
+            host + std::string(" port=") + state["port"] + " dbname=" + state["database"];
+        DorConnect other;
+        const std::string said = messageOf([&] {
+            other.createCS(state["user"].c_str(), state["password"].c_str(), text.c_str(), "", 0,
+                           false, false);
+        });
+        EXPECT_NE(said.find("SSL"), std::string::npos) << said;
+    }
 }
 
 TEST_F(LostServer, ARequestToStopThatIsNotTakenHoldsNobody)

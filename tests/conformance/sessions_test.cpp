@@ -165,8 +165,7 @@ TEST_P(Sessions, ARefusedEditLeavesTheTransactionUsable)
     EXPECT_EQ(edit(cursor, 2, "b"), CodeRefused);
     EXPECT_EQ(edit(cursor, 2, "d"), 0);
     execute("COMMIT");
-    EXPECT_EQ(own.answer("SELECT s FROM u ORDER BY id"),
-              (std::vector<std::string>{"d", "b", "c"}));
+    EXPECT_EQ(own.answer("SELECT s FROM u ORDER BY id"), (std::vector<std::string>{"d", "b", "c"}));
 }
 
 TEST_P(Sessions, ASessionForReadingRefusesChanges)
@@ -203,9 +202,8 @@ TEST_P(Sessions, ConstraintsAreRefusalsThatNeverEndTheSession)
     execute("CREATE TABLE p(id INTEGER PRIMARY KEY, a INTEGER NOT NULL UNIQUE, b INTEGER "
             "CHECK (b > 0))");
     execute("INSERT INTO p VALUES(1, 1, 1)");
-    for (const char* sql :
-         {"INSERT INTO p VALUES(1, 2, 1)", "INSERT INTO p VALUES(2, 1, 1)",
-          "INSERT INTO p VALUES(2, NULL, 1)", "INSERT INTO p VALUES(2, 2, 0)"}) {
+    for (const char* sql : {"INSERT INTO p VALUES(1, 2, 1)", "INSERT INTO p VALUES(2, 1, 1)",
+                            "INSERT INTO p VALUES(2, NULL, 1)", "INSERT INTO p VALUES(2, 2, 0)"}) {
         try {
             execute(sql);
             ADD_FAILURE() << sql;

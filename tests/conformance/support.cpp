@@ -32,7 +32,7 @@ std::string serverText(const std::string& schema)
 {
     const auto& s = server();
     std::string text = "host=" + s.at("host") + " port=" + s.at("port") +
-                       " dbname=" + s.at("database");
+                       " dbname=" + s.at("database") + " sslmode=disable";
     return schema.empty() ? text : text + " options=-csearch_path=" + schema;
 }
 

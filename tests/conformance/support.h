@@ -165,7 +165,7 @@ private:
 } // namespace Conformance
 
 #define ON_BOTH_ENGINES(suite)                                                                     \
-    INSTANTIATE_TEST_SUITE_P(On, suite,                                                            \
-                             ::testing::Values(Conformance::Engine::Sqlite,                        \
-                                               Conformance::Engine::Postgresql),                   \
-                             Conformance::nameOf)
+    INSTANTIATE_TEST_SUITE_P(                                                                      \
+        On, suite,                                                                                 \
+        ::testing::Values(Conformance::Engine::Sqlite, Conformance::Engine::Postgresql),           \
+        Conformance::nameOf)

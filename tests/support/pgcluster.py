@@ -2,11 +2,13 @@
 """A private PostgreSQL server for the tests.
 
 pgcluster.py start STATE     makes a cluster in a temporary folder and starts it
+pgcluster.py plain STATE     the same without TLS
 pgcluster.py restart STATE   ends the server as an administrator does, and starts it again
 pgcluster.py stop STATE      ends the server and removes everything
 
 The server listens on 127.0.0.1 and 127.0.0.2, where the one user needs a password, and on a socket
-folder, where everybody is trusted. STATE is a file of name=value lines that tells the tests where it is.
+folder, where everybody is trusted. Its certificate names localhost and 127.0.0.2, and is its own
+authority. STATE is a file of name=value lines that tells the tests where it is.
 """
 import glob
 import os
@@ -81,7 +83,22 @@ def read_state(path):
         return None
 
 
-def start(path):
+def certify(folder):
+    """A key and a certificate, for a server that stands on this machine."""
+    openssl = shutil.which("openssl")
+    if not openssl:
+        return False, "There is no openssl."
+    return run(openssl, "req", "-new", "-x509", "-days", "30", "-nodes", "-newkey", "ec", "-pkeyopt",
+               "ec_paramgen_curve:prime256v1", "-subj", "/CN=localhost",
+               "-addext", "subjectAltName=DNS:localhost,IP:127.0.0.2",
+               "-keyout", folder + "/data/server.key", "-out", folder + "/data/server.crt")
+
+
+def plain(path):
+    start(path, False)
+
+
+def start(path, tls=True):
     stop(path)
     folder = tempfile.mkdtemp(prefix="ovi_pg_")
     password = secrets.token_hex(12)
@@ -94,11 +111,14 @@ def start(path):
                      "--locale=C.UTF-8", "--auth-local=trust", "--auth-host=scram-sha-256",
                      "--pwfile=" + folder + "/password", "--no-sync")
     os.remove(folder + "/password")
+    if good and tls:
+        good, said = certify(folder)
     for _ in range(5):  # somebody else may take the port first
         if not good:
             break
         port = free_port()
-        write(folder + "/data/postgresql.auto.conf", SETTINGS.format(folder=folder, port=port))
+        settings = SETTINGS.format(folder=folder, port=port) + f"ssl = {'on' if tls else 'off'}\n"
+        write(folder + "/data/postgresql.auto.conf", settings)
         good, said = control(folder, "start")
         if good:
             good, said = run(programs() + "/createdb", "-h", folder, "-p", str(port), "-U", USER,
@@ -116,7 +136,10 @@ def start(path):
         shutil.rmtree(folder, ignore_errors=True)
         sys.exit("The PostgreSQL server of the tests did not start:\n" + said)
     state = {"host": "127.0.0.1", "port": port, "socket": folder, "user": USER,
-             "password": password, "database": DATABASE, "folder": folder}
+             "password": password, "database": DATABASE, "folder": folder,
+             "certificate": folder + "/server.crt"}
+    if tls:
+        shutil.copy(folder + "/data/server.crt", state["certificate"])
     os.makedirs(os.path.dirname(os.path.abspath(path)), exist_ok=True)
     write(path + ".new", "".join(f"{name}={value}\n" for name, value in state.items()))
     os.replace(path + ".new", path)
@@ -139,7 +162,7 @@ def stop(path):
 
 
 if __name__ == "__main__":
-    actions = {"start": start, "restart": restart, "stop": stop}
+    actions = {"start": start, "plain": plain, "restart": restart, "stop": stop}
     if len(sys.argv) != 3 or sys.argv[1] not in actions:
         sys.exit(__doc__)
     actions[sys.argv[1]](sys.argv[2])

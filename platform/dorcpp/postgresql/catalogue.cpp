@@ -130,8 +130,7 @@ void PostgresqlDriver::learnTables(const std::vector<DescribedColumn>& columns)
     }
 }
 
-std::vector<ColumnInfo>
-PostgresqlDriver::columnInfos(const std::vector<DescribedColumn>& columns)
+std::vector<ColumnInfo> PostgresqlDriver::columnInfos(const std::vector<DescribedColumn>& columns)
 {
     if (m_link->transaction() != PQTRANS_INERROR)
         learnTables(columns);

@@ -1,10 +1,29 @@
+// Row keys, and rows read by them.
 #include <dorcpp/postgresql/keys.h>
 
+#include <algorithm>
+#include <cstring>
+#include <set>
+#include <utility>
+
+#include <dorcpp/errors.h>
+#include <dorcpp/postgresql/driver.h>
+#include <dorcpp/postgresql/savepoint.h>
 #include <dorcpp/value.h>
 
 namespace DorCPP::Postgresql {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr size_t maxBlockHeap = 2 << 20;
+constexpr size_t maxBlockCells = 128 << 10;
+constexpr size_t smallBlock = 64; // rows
+constexpr size_t largeBlock = 512;
+constexpr size_t maxAheadHeap = 64 << 10; // an answer of that size waits in the sockets' buffers
+constexpr std::chrono::milliseconds maxAheadAge{500};
+constexpr uint64_t pieceSize = 1 << 20; // bytes read at once of a long value
 
 void appendElement(std::string& array, const Parameter& part)
 {
@@ -37,6 +56,116 @@ void appendElement(std::string& array, const Parameter& part)
         }
     }
     array += '"';
+}
+
+// Reads big-endian numbers of a COPY message.
+class CopyReader {
+public:
+    explicit CopyReader(std::string_view bytes)
+        : m_bytes(bytes)
+    {
+    }
+    size_t left() const { return m_bytes.size(); }
+    void skip(size_t size) { m_bytes.remove_prefix(std::min(size, m_bytes.size())); }
+    int64_t number(size_t size)
+    {
+        if (m_bytes.size() < size || size > 8 || size == 0)
+            throw makeError(CodeOther, "an unexpected form of row keys");
+        uint64_t value = (m_bytes[0] & 0x80) ? ~uint64_t(0) : 0;
+        for (size_t i = 0; i < size; ++i)
+            value = value << 8 | static_cast<unsigned char>(m_bytes[i]);
+        skip(size);
+        return static_cast<int64_t>(value);
+    }
+
+private:
+    std::string_view m_bytes;
+};
+
+constexpr std::string_view copySignature{"PGCOPY\n\377\r\n\0", 11};
+
+bool isClose(const RowKeys& keys, size_t first, size_t count)
+{
+    if (!keys.isPacked())
+        return false;
+    for (size_t i = 1; i < count; ++i) {
+        if (keys.packed(first + i) <= keys.packed(first + i - 1))
+            return false;
+    }
+    return static_cast<uint64_t>(keys.packed(first + count - 1)) -
+               static_cast<uint64_t>(keys.packed(first)) <
+           4 * count;
+}
+
+std::string plainText(const KeyedText& text)
+{
+    return "SELECT " + text.list + " FROM " + text.from;
+}
+
+void checkColumns(const std::vector<DescribedColumn>& columns, const KeyedText& text)
+{
+    bool same = columns.size() == text.columns.size();
+    for (size_t i = 0; same && i < columns.size(); ++i)
+        same = columns[i].label == text.columns[i].label &&
+               columnType(columns[i].type, columns[i].modifier).type == text.columns[i].type;
+    if (!same)
+        throw makeError(CodeStructureChanged);
+}
+
+// The table may have been changed since its columns were asked for.
+bool isAsDescribed(const PGresult* result, const KeyedText& text, const std::vector<int>& lengthOf)
+{
+    const int count = static_cast<int>(text.columns.size());
+    bool same = PQnfields(result) > count;
+    for (int i = 0; same && i < count; ++i) {
+        const ColumnInfo& column = text.columns[static_cast<size_t>(i)];
+        const bool whole = lengthOf[static_cast<size_t>(i)] == 0;
+        same = column.label == PQfname(result, i) &&
+               (!whole || columnType(PQftype(result, i), PQfmod(result, i)).type == column.type);
+    }
+    return same;
+}
+
+// Whether the columns of a subquery can be named one by one.
+bool areNamed(const std::vector<DescribedColumn>& columns)
+{
+    std::set<std::string> labels{"row version", "row place"};
+    return std::all_of(columns.begin(), columns.end(),
+                       [&](const DescribedColumn& c) { return labels.insert(c.label).second; });
+}
+
+// The columns of a block in the outer SELECT. Of long values only the head is read, and the length.
+std::string outerList(const std::vector<DescribedColumn>& columns, const KeyedText& text,
+                      bool range, std::vector<int>& lengthOf)
+{
+    const std::string place = range ? ", \"rows\".\"row place\"" : ", \"row keys\".place";
+    const auto isLong = [](const DescribedColumn& c) { return isUnbounded(c.type, c.modifier); };
+    lengthOf.assign(columns.size(), 0);
+    if (std::none_of(columns.begin(), columns.end(), isLong) || !areNamed(columns))
+        return "\"rows\".*" + (range ? "" : place);
+    const std::string limit = std::to_string(RowBlock::maxHeld);
+    std::string list;
+    std::string lengths;
+    int next = static_cast<int>(columns.size()) + (text.key.version.empty() ? 1 : 2);
+    for (size_t i = 0; i < columns.size(); ++i) {
+        const std::string name = quoteName(columns[i].label);
+        std::string value = "\"rows\"." + name;
+        list += i == 0 ? "" : ", ";
+        if (!isLong(columns[i])) {
+            list += value;
+            continue;
+        }
+        if (columns[i].type != ByteaType)
+            value += "::text";
+        const std::string when = "CASE WHEN octet_length(" + value + ") > " + limit + " THEN ";
+        list +=
+            when + "substring(" + value + ", 1, " + limit + ") ELSE " + value + " END AS " + name;
+        lengths += ", " + when + "octet_length(" + value + ") END";
+        lengthOf[i] = next++;
+    }
+    if (!text.key.version.empty())
+        list += ", \"rows\".\"row version\"";
+    return list + place + lengths;
 }
 
 } // namespace
@@ -81,6 +210,254 @@ Parameter ownValue(const Value& value)
     own.real = value.real;
     own.bytes = value.bytes();
     return own;
+}
+
+void PostgresqlDriver::readKeys(const std::string& sql, const Parameters& parameters,
+                                const TableKey& key, RowKeys& keys)
+{
+    KeyList* list = keys.list();
+    const bool inside = inTransaction();
+    if (list && parameters.empty()) {
+        try {
+            readKeyCopy(sql, key, *list);
+            return;
+        } catch (const DorX& x) { // engines that copy no queries
+            if (inside || x.code() != CodeSqlText || list->size() != 0)
+                throw;
+        }
+    }
+    readKeyRows(sql, parameters, key, keys);
+}
+
+void PostgresqlDriver::readKeyCopy(const std::string& sql, const TableKey& key, KeyList& keys)
+{
+    const ServerText server("COPY (" + sql + ") TO STDOUT (FORMAT binary)");
+    m_link->send(server.text(), Values(), false);
+    const auto wanted = static_cast<int64_t>(key.columns.size());
+    m_link->takeCopy([&](std::string_view bytes) {
+        CopyReader in(bytes);
+        if (bytes.starts_with(copySignature)) {
+            in.skip(copySignature.size() + 4);
+            in.skip(static_cast<size_t>(in.number(4)));
+        }
+        while (in.left() > 0) {
+            const int64_t fields = in.number(2);
+            if (fields < 0)
+                return; // the end
+            for (int64_t i = 0; i < fields; ++i) {
+                const int64_t size = in.number(4);
+                if (i >= fields - wanted)
+                    keys.add(in.number(static_cast<size_t>(size)));
+                else if (size > 0)
+                    in.skip(static_cast<size_t>(size));
+            }
+        }
+    });
+}
+
+void PostgresqlDriver::readKeyRows(const std::string& sql, const Parameters& parameters,
+                                   const TableKey& key, RowKeys& keys)
+{
+    const Prepared& statement = kept(sql);
+    const int count = static_cast<int>(key.columns.size());
+    const int first = static_cast<int>(statement.columns.size()) - count;
+    std::string own;
+    m_link->sendPrepared(statement.name, statement.values(parameters), statement.binary);
+    m_link->takeRows([&](const PGresult* row) {
+        if (KeyList* list = keys.list()) {
+            list->add(valueAt(row, 0, first, own).integer);
+            return;
+        }
+        keys.spool().beginRow();
+        for (int i = first; i < first + count; ++i)
+            addValue(valueAt(row, 0, i, own), keys.spool());
+    });
+    if (!keys.list())
+        keys.spool().finish();
+}
+
+PostgresqlDriver::Question PostgresqlDriver::question(const KeyedText& text, RowKeys& keys,
+                                                      size_t first, size_t count)
+{
+    const std::vector<DescribedColumn>& columns = kept(plainText(text)).columns;
+    checkColumns(columns, text);
+    Question q;
+    q.range = isClose(keys, first, count);
+    const std::string outer = outerList(columns, text, q.range, q.lengthOf);
+    const std::string alias = text.alias + '.';
+    std::string inner = "SELECT " + text.list;
+    if (!text.key.version.empty())
+        inner += ", " + alias + text.key.version + " AS \"row version\"";
+    if (q.range) {
+        const std::string key = alias + text.key.columns[0];
+        inner += ", " + key + " AS \"row place\" FROM " + text.from + " WHERE " + key +
+                 " BETWEEN $1 AND $2";
+        q.sql =
+            "SELECT " + outer + " FROM (" + inner + ") AS \"rows\" ORDER BY \"rows\".\"row place\"";
+        q.values = Values(2);
+        q.values.set(1, numberText(keys.packed(first)));
+        q.values.set(2, numberText(keys.packed(first + count - 1)));
+        return q;
+    }
+    std::string arrays;
+    std::string names;
+    inner += " FROM " + text.from;
+    for (size_t i = 0; i < text.key.columns.size(); ++i) {
+        const std::string number = std::to_string(i + 1);
+        const std::string type = text.key.rowId ? "int8" : text.key.types[i];
+        arrays += (i == 0 ? "$" : ", $") + number + "::" + type + "[]";
+        names += 'k' + number + ", ";
+        inner += (i == 0 ? " WHERE " : " AND ") + alias + text.key.columns[i] +
+                 " = \"row keys\".k" + number;
+    }
+    q.sql = "SELECT " + outer + " FROM unnest(" + arrays + ") WITH ORDINALITY AS \"row keys\"(" +
+            names + "place) CROSS JOIN LATERAL (" + inner + ") AS \"rows\"";
+    q.values = Values(static_cast<int>(text.key.columns.size()));
+    setKeyArrays(q.values, keys, first, count);
+    return q;
+}
+
+bool PostgresqlDriver::isAhead(const Question& q) const
+{
+    return m_ahead.serial == m_link->serial() && m_ahead.serial != 0 && m_ahead.sql == q.sql &&
+           m_ahead.values == q.values.own() && m_ahead.changes == *m_changes &&
+           Clock::now() - m_ahead.sent < maxAheadAge;
+}
+
+void PostgresqlDriver::readBlock(const KeyedText& text, RowKeys& keys, size_t first,
+                                 RowBlock& block, std::vector<int>& places)
+{
+    const Question q = question(text, keys, first, places.size());
+    if (!isAhead(q)) {
+        const Prepared& statement = kept(q.sql);
+        m_link->sendPrepared(statement.name, q.values, statement.binary);
+    }
+    m_ahead = Ahead();
+    const Result result = m_link->take();
+    if (!isAsDescribed(result.get(), text, q.lengthOf)) {
+        m_cache.clear(true);
+        throw makeError(CodeStructureChanged);
+    }
+    const int columns = static_cast<int>(text.columns.size());
+    const int own = columns + (text.key.version.empty() ? 0 : 1);
+    std::string scratch;
+    size_t i = 0;
+    for (int r = 0; r < PQntuples(result.get()); ++r) {
+        const int64_t place = valueAt(result.get(), r, own, scratch).integer;
+        if (q.range) {
+            while (i < places.size() && keys.packed(first + i) < place)
+                ++i;
+            if (i == places.size() || keys.packed(first + i) != place)
+                continue;
+        } else {
+            i = static_cast<size_t>(place) - 1;
+            if (i >= places.size())
+                continue;
+        }
+        places[i] = static_cast<int>(block.rows());
+        block.beginRow();
+        for (int c = 0; c < own; ++c) {
+            Value value = valueAt(result.get(), r, c, scratch);
+            std::string none;
+            if (const int at = c < columns ? q.lengthOf[static_cast<size_t>(c)] : 0;
+                at != 0 && !PQgetisnull(result.get(), r, at))
+                value.length = static_cast<size_t>(valueAt(result.get(), r, at, none).integer);
+            addValue(value, block);
+        }
+    }
+}
+
+void PostgresqlDriver::readRows(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
+                                std::vector<int>& places)
+{
+    const size_t columns = std::max<size_t>(text.columns.size(), 1);
+    places.resize(std::min(places.size(), std::max<size_t>(maxBlockCells / columns, 1)));
+    again([&] {
+        while (true) {
+            block.clear();
+            std::fill(places.begin(), places.end(), -1);
+            Savepoint look(*m_link);
+            readBlock(text, keys, first, block, places);
+            look.release();
+            if (block.heapBytes() <= maxBlockHeap || places.size() == 1)
+                return;
+            places.resize(std::max<size_t>(places.size() / 8, 1)); // long rows: fewer of them
+        }
+    });
+    if (places.size() > smallBlock && block.heapBytes() <= maxAheadHeap)
+        askAhead(text, keys, first + places.size(), std::min(places.size() * 2, largeBlock));
+}
+
+// While rows are read on, the server finds the next ones as those at hand are used.
+void PostgresqlDriver::askAhead(const KeyedText& text, RowKeys& keys, size_t first, size_t count)
+{
+    if (first >= keys.size() || m_link->transaction() != PQTRANS_IDLE)
+        return;
+    try {
+        Question q = question(text, keys, first, std::min(count, keys.size() - first));
+        const Prepared& statement = kept(q.sql);
+        m_link->sendPrepared(statement.name, q.values, statement.binary);
+        m_ahead.serial = m_link->serial();
+        m_ahead.sql = std::move(q.sql);
+        m_ahead.values = q.values.own();
+        m_ahead.changes = *m_changes;
+        m_ahead.sent = Clock::now();
+    } catch (const DorX&) {
+        m_ahead = Ahead(); // whoever wants these rows asks again, and is told
+    }
+}
+
+size_t PostgresqlDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
+                                   uint64_t offset, void* buffer, size_t size)
+{
+    const auto copyPiece = [&] {
+        const uint64_t from = offset - m_piece.offset;
+        if (from >= m_piece.bytes.size())
+            return size_t(0);
+        const size_t n = std::min<size_t>(size, m_piece.bytes.size() - from);
+        std::memcpy(buffer, m_piece.bytes.data() + from, n);
+        return n;
+    };
+    std::string sql;
+    again([&] {
+        const Oid type = kept(plainText(text)).columns.at(column).type;
+        std::string names;
+        for (size_t i = 0; i < text.columns.size(); ++i)
+            names += (i == 0 ? "c" : ", c") + std::to_string(i);
+        const std::string value = "\"rows\".c" + std::to_string(column);
+        const int next = static_cast<int>(text.key.columns.size()) + 1;
+        sql = "SELECT substring(" +
+              (type == ByteaType ? value : "convert_to(" + value + "::text, 'UTF8')") + ", $" +
+              std::to_string(next) + "::int4, $" + std::to_string(next + 1) + "::int4) FROM (" +
+              plainText(text) + whereKey(text.key, text.alias + '.', 1) + ") AS \"rows\"(" + names +
+              ')';
+        Values values(next + 1);
+        setKey(values, 1, keys, row);
+        const std::vector<std::string> asked = values.own();
+        const bool held = m_piece.serial == m_link->serial() && m_piece.sql == sql &&
+                          m_piece.values == asked && m_piece.changes == *m_changes &&
+                          offset >= m_piece.offset &&
+                          offset + size <= m_piece.offset + m_piece.bytes.size();
+        if (held)
+            return;
+        m_piece = Piece();
+        values.set(next, numberText(static_cast<int64_t>(offset) + 1));
+        values.set(next + 1, numberText(static_cast<int64_t>(std::max<uint64_t>(size, pieceSize))));
+        Savepoint look(*m_link);
+        const Prepared& statement = kept(sql);
+        m_link->sendPrepared(statement.name, values, true);
+        const Result result = m_link->take();
+        look.release();
+        if (PQntuples(result.get()) == 0)
+            throw makeError(CodeRowGone);
+        m_piece.bytes = textAt(result.get(), 0, 0);
+        m_piece.sql = sql;
+        m_piece.values = asked;
+        m_piece.offset = offset;
+        m_piece.changes = *m_changes;
+        m_piece.serial = m_link->serial();
+    });
+    return copyPiece();
 }
 
 } // namespace DorCPP::Postgresql

@@ -65,12 +65,7 @@ void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t ro
     const bool inside = inTransaction();
     Savepoint change(*m_link);
     const Prepared& prepared = kept(sql);
-    Values values = prepared.values();
-    for (const auto& [number, parameter] : statement.parameters) {
-        const auto i = static_cast<size_t>(number) - 1;
-        values.set(number, valueOf(parameter),
-                   i < prepared.parameterTypes.size() ? prepared.parameterTypes[i] : 0);
-    }
+    Values values = prepared.values(statement.parameters);
     setKey(values, keyNumber, keys, row);
     for (size_t i = 0; i < guard.values.size(); ++i)
         values.set(guardNumber + static_cast<int>(i), guard.values[i]);
@@ -85,13 +80,10 @@ void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t ro
     }
     ++*m_changes;
     if (PQntuples(result.get()) == 0) {
-        const Result still = [&] {
-            const std::string look =
-                "SELECT 1 FROM " + text.from + whereKey(text.key, text.alias + '.', 1);
-            Values key(static_cast<int>(text.key.columns.size()));
-            setKey(key, 1, keys, row);
-            return query(look, key);
-        }();
+        Values key(static_cast<int>(text.key.columns.size()));
+        setKey(key, 1, keys, row);
+        const Result still =
+            query("SELECT 1 FROM " + text.from + whereKey(text.key, text.alias + '.', 1), key);
         change.release();
         throw makeError(PQntuples(still.get()) > 0 ? CodeRowChanged : CodeRowGone);
     }

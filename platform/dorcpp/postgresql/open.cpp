@@ -63,9 +63,8 @@ class Keywords {
 public:
     void set(const char* keyword, const char* value)
     {
-        const auto at = std::find_if(m_keywords.begin(), m_keywords.end(), [&](const char* k) {
-            return std::strcmp(k, keyword) == 0;
-        });
+        const auto at = std::find_if(m_keywords.begin(), m_keywords.end(),
+                                     [&](const char* k) { return std::strcmp(k, keyword) == 0; });
         if (at != m_keywords.end()) {
             m_values[static_cast<size_t>(at - m_keywords.begin())] = value;
             return;
@@ -294,11 +293,16 @@ Connection openServer(const Target& target, LastWords& words)
 
 bool answers(const PGconn* connection)
 {
-    const char* const keywords[] = {"host", "port",   "dbname",        "user", "connect_timeout",
+    const char* const keywords[] = {"host",    "port",       "dbname",   "user", "connect_timeout",
                                     "sslmode", "gssencmode", "password", nullptr};
-    const char* const values[] = {PQhost(connection), PQport(connection), PQdb(connection),
-                                  PQuser(connection), "2",
-                                  "disable",          "disable",          "",
+    const char* const values[] = {PQhost(connection),
+                                  PQport(connection),
+                                  PQdb(connection),
+                                  PQuser(connection),
+                                  "2",
+                                  "disable",
+                                  "disable",
+                                  "",
                                   nullptr};
     return PQpingParams(keywords, values, 0) == PQPING_OK;
 }

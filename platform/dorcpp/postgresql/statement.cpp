@@ -21,6 +21,8 @@ namespace DorCPP::Postgresql {
 
 namespace {
 
+constexpr size_t maxValue = 1 << 30; // bytes; the server takes no longer ones
+
 bool contains(std::string_view set, char c)
 {
     return set.find(c) != std::string_view::npos;
@@ -80,8 +82,7 @@ private:
 Field fieldOf(const PGresult* result, int row, int column)
 {
     return {PQftype(result, column), PQfformat(result, column) == 1,
-            PQgetvalue(result, row, column),
-            static_cast<size_t>(PQgetlength(result, row, column))};
+            PQgetvalue(result, row, column), static_cast<size_t>(PQgetlength(result, row, column))};
 }
 
 Value valueAt(const PGresult* result, int row, int column, std::string& own)
@@ -93,8 +94,7 @@ Value valueAt(const PGresult* result, int row, int column, std::string& own)
 
 std::string textAt(const PGresult* result, int row, int column)
 {
-    return {PQgetvalue(result, row, column),
-            static_cast<size_t>(PQgetlength(result, row, column))};
+    return {PQgetvalue(result, row, column), static_cast<size_t>(PQgetlength(result, row, column))};
 }
 
 ServerText::ServerText(const std::string& sql)
@@ -111,8 +111,7 @@ ServerText::ServerText(const std::string& sql)
             m_copied = token.to + 1;
             ++i;
         } else {
-            const int number =
-                mark == Mark::Next ? m_parameters + 1 : numberIn(s.str(i).substr(1));
+            const int number = mark == Mark::Next ? m_parameters + 1 : numberIn(s.str(i).substr(1));
             m_parameters = std::max(m_parameters, number);
             m_text += '$' + std::to_string(number);
             m_copied = token.to;
@@ -174,6 +173,8 @@ void Values::set(int number, const Value& value, Oid type)
     }
     case Value::Text:
     case Value::Blob: {
+        if (value.held > maxValue)
+            throw makeError(CodeTooBig);
         const bool plain = value.kind == Value::Text && type != ByteaType;
         if (plain && contains(value.bytes(), '\0'))
             throw makeError(CodeBadBind, OviAPI::Phrase::DbDetailZeroInText);
@@ -254,6 +255,8 @@ bool Link::listen()
             return false;
         PQisBusy(get()); // reads the messages, which the notice receiver hears
     }
+    while (PGnotify* notification = PQnotifies(get())) // of the user's LISTEN: nobody asks for them
+        PQfreemem(notification);
     return !isLost();
 }
 
@@ -524,6 +527,16 @@ void checkText(const std::string& sql)
 {
     if (contains(sql, '\0'))
         throw makeError(CodeSqlText, OviAPI::Phrase::DbDetailZeroInText);
+}
+
+Values Prepared::values(const Parameters& parameters) const
+{
+    Values values(static_cast<int>(parameterTypes.size()));
+    for (const auto& [number, parameter] : parameters) {
+        const auto i = static_cast<size_t>(number) - 1;
+        values.set(number, valueOf(parameter), i < parameterTypes.size() ? parameterTypes[i] : 0);
+    }
+    return values;
 }
 
 const Prepared& StatementCache::get(Link& link, const std::string& sql)

@@ -197,8 +197,8 @@ struct Prepared {
     std::vector<DescribedColumn> columns; // empty: gives no rows
     bool binary = false;
 
-    // Room for the values of all parameters.
-    Values values() const { return Values(static_cast<int>(parameterTypes.size())); }
+    // Room for the values of all parameters, with these in it.
+    Values values(const Parameters& parameters = {}) const;
 };
 
 // Statements kept by their text, the latest used ones.

@@ -35,8 +35,8 @@ ColumnType numericType(int modifier)
     const int precision = packed >> 16;
     const int scale = ((packed & 0x7FF) ^ 0x400) - 0x400; // 11 bits with a sign
     // sign, point, a leading zero and the end
-    return {TypeDecimal, std::max(precision, 30) + std::max(scale - precision, 0) +
-                             std::max(-scale, 0) + 10};
+    return {TypeDecimal,
+            std::max(precision, 30) + std::max(scale - precision, 0) + std::max(-scale, 0) + 10};
 }
 
 template<class T>
@@ -261,8 +261,7 @@ Value numberFromBinary(const Field& f)
     case Int8Type:
         return integerValue(bigEndian<int64_t>(f.data));
     case Float4Type:
-        return realValue(
-            static_cast<double>(std::bit_cast<float>(bigEndian<uint32_t>(f.data))));
+        return realValue(static_cast<double>(std::bit_cast<float>(bigEndian<uint32_t>(f.data))));
     case Float8Type:
         return realValue(std::bit_cast<double>(bigEndian<uint64_t>(f.data)));
     default:
