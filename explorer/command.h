@@ -13,6 +13,7 @@ enum class Command {
     GoToRow,
     NextPane,
     PreviousPane,
+    ToolBar,
     English,
     Russian,
     SwitchLanguage,

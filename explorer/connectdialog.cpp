@@ -35,6 +35,7 @@ ConnectDialog::ConnectDialog(WExtForm& above, ExplorerOptions& options,
     : ExplorerDialog(above)
     , m_options(options)
     , m_engines(std::move(engines))
+    , m_opening(*this)
     , m_advanced(above.getResource(), hidePicture)
 {
 }
@@ -109,7 +110,7 @@ void ConnectDialog::createRecent()
 
 void ConnectDialog::createFile()
 {
-    m_file.setParent(this);
+    m_file.setParent(&content());
     m_file.create();
     for (OviAPI::WTypicalControl* control :
          std::initializer_list<OviAPI::WTypicalControl*>{&m_pathLabel, &m_path, &m_browse})
@@ -120,7 +121,7 @@ void ConnectDialog::createFile()
 
 void ConnectDialog::createServer()
 {
-    m_server.setParent(this);
+    m_server.setParent(&content());
     m_server.create();
     m_port.setRange(0, Connection::HighestPort);
     m_password.setPassword(true);
@@ -135,7 +136,7 @@ void ConnectDialog::createServer()
 void ConnectDialog::createAdvanced()
 {
     add(m_more);
-    m_advanced.setParent(this);
+    m_advanced.setParent(&content());
     m_advanced.create();
     add(m_readOnly, m_advanced);
     add(m_verify, m_advanced);
@@ -216,9 +217,11 @@ int ConnectDialog::layout(int width)
     } else {
         m_message.move(Margin, top, width, 0);
     }
-    const int bottom = layoutButtons({&m_test, &m_connect, &m_cancel}, width, top + rowGap);
-    m_more.move(Margin, top + rowGap, buttonWidth(m_more), fieldHeight());
-    return bottom;
+    top += rowGap;
+    m_more.move(Margin, top, buttonWidth(m_more), fieldHeight());
+    if (rowWidth({&m_more, &m_test, &m_connect, &m_cancel}) > width)
+        top += fieldHeight() + Gap; // two rows of buttons
+    return layoutButtons({&m_test, &m_connect, &m_cancel}, width, top);
 }
 
 int ConnectDialog::layoutRecent(int width, int top)
@@ -452,6 +455,8 @@ OviAPI::SlotResult ConnectDialog::onHidePush(OviAPI::Object*)
 
 OviAPI::SlotResult ConnectDialog::onTestPush(OviAPI::Object*)
 {
+    if (m_opening.isRunning())
+        return 1;
     if (const auto session = open())
         say(textOf(TextConnectWorks, groupedNumber(static_cast<long>(session->tables().size()))));
     return 1;
@@ -459,6 +464,8 @@ OviAPI::SlotResult ConnectDialog::onTestPush(OviAPI::Object*)
 
 OviAPI::SlotResult ConnectDialog::onConnectPush(OviAPI::Object*)
 {
+    if (m_opening.isRunning())
+        return 1;
     m_session = open();
     if (!m_session)
         return 1;
@@ -472,8 +479,14 @@ OviAPI::SlotResult ConnectDialog::onConnectPush(OviAPI::Object*)
 
 OviAPI::SlotResult ConnectDialog::onCancelPush(OviAPI::Object*)
 {
-    closeModal(0);
+    close();
     return 1;
+}
+
+bool ConnectDialog::onClose()
+{
+    m_opening.giveUp();
+    return ExplorerDialog::onClose();
 }
 
 // Opens what the controls say; null when that fails, which is said then.
@@ -485,20 +498,19 @@ std::unique_ptr<DatabaseSession> ConnectDialog::open()
         focusFault();
         return nullptr;
     }
-    setCursor(OviAPI::CursorShape::Wait);
-    std::unique_ptr<DatabaseSession> session;
-    std::wstring failure;
+    std::wstring failure = textOf(TextErrorStopped);
     try {
-        session = std::make_unique<DatabaseSession>(asked, m_password.text());
+        auto session = m_opening.run(asked.title(), [asked, password = m_password.text()] {
+            return std::make_unique<DatabaseSession>(asked, password);
+        });
+        if (session || !isVisible())
+            return session;
     } catch (const OpenFailure& x) {
         failure = textOf(x);
     }
-    setCursor(OviAPI::CursorShape::Arrow);
-    if (!session) {
-        say(failure);
-        focusFault();
-    }
-    return session;
+    say(failure);
+    focusFault();
+    return nullptr;
 }
 
 void ConnectDialog::say(const std::wstring& text)

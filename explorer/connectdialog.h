@@ -13,6 +13,7 @@
 #include "explorer/databasesession.h"
 #include "explorer/explorerdialog.h"
 #include "explorer/exploreroptions.h"
+#include "explorer/opening.h"
 #include "panels/groupbox.h"
 #include "panels/hideabletitledpanel.h"
 
@@ -24,8 +25,13 @@ public:
     ConnectDialog(WExtForm& above, ExplorerOptions& options,
                   std::vector<DorCPP::Engine> engines = DorCPP::engines());
 
+    bool onClose() override;
+
     // What was opened; null unless execModal gave 1.
     std::unique_ptr<DatabaseSession> takeSession() { return std::move(m_session); }
+
+    // Whether an attempt to open it has not ended yet.
+    bool isOpening() const { return m_opening.isRunning(); }
 
     // What the controls say now.
     Connection connection() const;
@@ -40,10 +46,12 @@ public:
     OviAPI::WLineEdit& pathLine() { return m_path; }
     OviAPI::WLineEdit& hostLine() { return m_host; }
     OviAPI::WLineEdit& passwordLine() { return m_password; }
+    OviAPI::WButton& browseButton() { return m_browse; }
     OviAPI::WButton& advancedButton() { return m_more; }
     HideableTitledPanel& advanced() { return m_advanced; }
     OviAPI::WCheckBox& readOnlyBox() { return m_readOnly; }
     OviAPI::WButton& testButton() { return m_test; }
+    OviAPI::WButton& cancelButton() { return m_cancel; }
 
 protected:
     void createControls() override;
@@ -95,6 +103,7 @@ private:
     ExplorerOptions& m_options;
     std::vector<DorCPP::Engine> m_engines;
     std::unique_ptr<DatabaseSession> m_session;
+    Opening m_opening;
     std::wstring m_fileCaption;
     std::wstring m_serverCaption;
 

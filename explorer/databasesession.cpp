@@ -71,6 +71,17 @@ std::wstring textOfColumn(DorCPP::DorCursor& cursor, int column)
 
 } // namespace
 
+OpenFailure::OpenFailure(const DorCPP::DorX& error)
+    : m_reason(reasonOf(error))
+    , m_error(error)
+{
+}
+
+std::wstring OpenFailure::details() const
+{
+    return m_error.code() == 0 ? m_details : messageOf(m_error);
+}
+
 std::string databasePath(const std::string& name)
 {
     if (name.compare(0, fileScheme.size(), fileScheme) == 0) {
@@ -84,8 +95,9 @@ std::string databasePath(const std::string& name)
 std::wstring textOf(const OpenFailure& failure)
 {
     std::wstring text = textOf(failure.reason());
-    if (!failure.details().empty())
-        text += L"\n\n" + textOf(TextErrorDetails, failure.details());
+    const std::wstring details = failure.details();
+    if (!details.empty())
+        text += L"\n\n" + textOf(TextErrorDetails, details);
     return text;
 }
 
@@ -127,7 +139,7 @@ void DatabaseSession::open(const char* user, const char* password, const char* o
         m_connection.createCS(user, password, m_name.c_str(), options, 0, verify, true);
         readTables();
     } catch (const DorCPP::DorX& x) {
-        throw OpenFailure(reasonOf(x), messageOf(x));
+        throw OpenFailure(x);
     }
 }
 
@@ -141,6 +153,17 @@ std::wstring DatabaseSession::displayName() const
 std::wstring DatabaseSession::displayPath() const
 {
     return OviAPI::localeToWide(m_path.empty() ? m_name : m_path);
+}
+
+std::wstring DatabaseSession::connectionText() const
+{
+    const DorCPP::ConnectionInfo info = m_connection.info();
+    std::wstring text = OviAPI::utf8ToWide(info.engine) + L" " + OviAPI::utf8ToWide(info.version);
+    if (!info.host.empty())
+        text += L", " + textOf(info.cipher.empty() ? TextStateNotEncrypted : TextStateEncrypted);
+    if (info.readOnly)
+        text += L", " + textOf(TextStateReadOnly);
+    return text;
 }
 
 void DatabaseSession::readTables()

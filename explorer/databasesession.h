@@ -20,16 +20,19 @@ public:
         , m_details(std::move(details))
     {
     }
+    explicit OpenFailure(const DorCPP::DorX& error);
 
     // A sentence for the user.
     TextId reason() const { return m_reason; }
-    // The words of the system or the engine; may be empty.
-    const std::wstring& details() const { return m_details; }
+    // The words of the system or the engine, the latter in the present language; may be empty.
+    // User-interface thread only.
+    std::wstring details() const;
     const char* what() const noexcept override { return "the database cannot be opened"; }
 
 private:
     TextId m_reason;
     std::wstring m_details;
+    DorCPP::DorX m_error; // empty when the system has failed
 };
 
 struct DatabaseTable {
@@ -39,6 +42,7 @@ struct DatabaseTable {
     bool operator==(const DatabaseTable&) const = default;
 };
 
+// Belongs to one thread at a time.
 class DatabaseSession {
 public:
     // name: a path or "sqlite:PATH" in multibyte text, or what else the database client knows.
@@ -54,6 +58,9 @@ public:
     const std::string& path() const { return m_path; }
     std::wstring displayName() const; // the file's name without its folder
     std::wstring displayPath() const;
+    // The engine, its version and what else is to be known of the connection, in the present
+    // language: "SQLite 3.40.1, read-only".
+    std::wstring connectionText() const;
 
     DorCPP::DorConnect& connection() { return m_connection; }
     const std::vector<DatabaseTable>& tables() const { return m_tables; }

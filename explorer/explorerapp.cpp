@@ -57,6 +57,7 @@ void ExplorerApp::deInitApplication()
 void ExplorerApp::deInitAfterOptions()
 {
     m_form.reset();
+    BackgroundOpening::waitForAbandoned();
 }
 
 OviAPI::SlotResult ExplorerApp::onStarted(OviAPI::Object*)

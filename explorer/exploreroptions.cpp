@@ -105,6 +105,7 @@ void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
     TypicalOptions::serialize(element, encoding);
     element.addChild("LastDatabase").setString(LastDatabase, encoding);
     element.addChild("Splitter").setInteger(Splitter);
+    element.addChild("ToolBar").setBoolean(ToolBar);
     writeFont(element.addChild("FontGrid"), FontGrid, encoding);
     XMLUtils::XMLElementA& connections = element.addChild("Connections");
     for (const Connection& connection : Connections.all())
@@ -122,6 +123,7 @@ void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
            [&] { Splitter = DefaultSplitter; });
     if (Splitter < MinSplitter || Splitter > MaxSplitter)
         Splitter = DefaultSplitter;
+    readOr([&] { ToolBar = element.getChild("ToolBar").getBoolean(); }, [&] { ToolBar = true; });
     readOr([&] { FontGrid = readFont(element.getChild("FontGrid"), encoding); },
            [&] { FontGrid = defaultGridFont(); });
     readOr([&] { Connections = readConnections(element.getChild("Connections"), encoding); },
@@ -135,6 +137,7 @@ void ExplorerOptions::initDefaults()
     TypicalOptions::initDefaults();
     LastDatabase.clear();
     Splitter = DefaultSplitter;
+    ToolBar = true;
     FontGrid = defaultGridFont();
     Connections = {};
     RemoveConnection = {};
@@ -154,6 +157,6 @@ void ExplorerOptions::initDefaultMainFormRect()
 bool ExplorerOptions::operator==(const ExplorerOptions& other) const
 {
     return TypicalOptions::operator==(other) && LastDatabase == other.LastDatabase &&
-           Splitter == other.Splitter && FontGrid == other.FontGrid &&
+           Splitter == other.Splitter && ToolBar == other.ToolBar && FontGrid == other.FontGrid &&
            Connections == other.Connections && RemoveConnection == other.RemoveConnection;
 }

@@ -18,9 +18,12 @@ constexpr int narrowestPane = 120; // px
 MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     : m_options(options)
     , m_samplePath(sampleDatabasePath())
+    , m_opening(*this)
+    , m_tools(resources, m_menu)
 {
     init(iconId, resources);
     OviAPI::connect<&MainMenu::onCommand>(m_menu, *this, &MainForm::onMenuCommand);
+    OviAPI::connect<&OviAPI::WToolBar::onCommand>(m_tools, *this, &MainForm::onToolCommand);
     OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
     OviAPI::connect<&TablePane::onPlaceChanged>(m_pane, *this, &MainForm::onPlaceChanged);
     OviAPI::connect<&SplitterBar::onSplit>(m_splitter, *this, &MainForm::onSplit);
@@ -49,12 +52,13 @@ bool MainForm::create()
     setMenu(&m_menu.menu());
     if (!WExtForm::create())
         return false;
-    for (OviAPI::WVisualObject* child :
-         std::initializer_list<OviAPI::WVisualObject*>{&m_list, &m_splitter, &m_pane, &m_status}) {
+    for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
+             &m_tools, &m_list, &m_splitter, &m_pane, &m_status}) {
         child->setParent(this);
         if (!child->create())
             return false;
     }
+    m_tools.show(m_options.ToolBar);
     applyFonts();
     loadTexts();
     m_list.setFocus();
@@ -67,6 +71,7 @@ bool MainForm::onClose()
 {
     m_options.MainFormMaximized = isMaximized();
     m_options.MainFormRect = normalGeometry();
+    m_opening.giveUp();
     closeDatabase();
     return true;
 }
@@ -94,6 +99,12 @@ OviAPI::SlotResult MainForm::onCharsetChanged(OviAPI::Object*, OviAPI::ResourceM
 OviAPI::SlotResult MainForm::onMenuCommand(OviAPI::Object*, Command command)
 {
     execute(command);
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onToolCommand(OviAPI::Object*, int command)
+{
+    execute(static_cast<Command>(command));
     return 1;
 }
 
@@ -147,6 +158,8 @@ void MainForm::loadTexts()
     m_menu.loadTexts();
     m_menu.check(Command::English, m_options.Language != TypicalOptions::Koi8Language);
     m_menu.check(Command::Russian, m_options.Language == TypicalOptions::Koi8Language);
+    m_menu.check(Command::ToolBar, m_options.ToolBar);
+    m_tools.loadTexts(m_menu);
     m_list.loadTexts();
     m_pane.loadTexts();
     m_splitter.setAccessibleName(textOf(TextSplitterName).c_str());
@@ -166,8 +179,10 @@ void MainForm::updateTitle()
 
 void MainForm::updateStatus()
 {
-    m_status.setField(StatusLine::Database,
+    m_status.setField(MainStatus::Database,
                       m_session ? m_session->displayPath() : textOf(TextStatusNoDatabase));
+    m_status.setField(MainStatus::Connection,
+                      m_session ? m_session->connectionText() : std::wstring());
     std::wstring rows;
     std::wstring cell;
     const PlaceInTable place = m_pane.place();
@@ -177,9 +192,9 @@ void MainForm::updateStatus()
     if (place.row != 0)
         cell = textOf(TextStatusRow, groupedNumber(place.row)) + L", " +
                textOf(TextStatusColumn, place.column);
-    m_status.setField(StatusLine::Rows, rows);
-    m_status.setField(StatusLine::Place, cell);
-    m_status.setField(StatusLine::Value, place.value);
+    m_status.setField(MainStatus::Rows, rows);
+    m_status.setField(MainStatus::Place, cell);
+    m_status.setField(MainStatus::Value, place.value);
 }
 
 void MainForm::updateMenu()
@@ -189,6 +204,8 @@ void MainForm::updateMenu()
     m_menu.enable(Command::Refresh, open);
     m_menu.enable(Command::FitColumns, m_pane.hasTable());
     m_menu.enable(Command::GoToRow, m_pane.place().rows > 0);
+    m_tools.enableCommand(Command::Refresh, open);
+    m_tools.enableCommand(Command::GoToRow, m_pane.place().rows > 0);
 }
 
 void MainForm::layOut()
@@ -196,13 +213,12 @@ void MainForm::layOut()
     if (!m_status.isCreated())
         return;
     const OviAPI::Size size = clientSize();
-    const int statusTop = std::max(0, size.height - m_status.wantedHeight());
     const int bar = SplitterBar::Thickness;
     const int widest =
         std::max<int>(ExplorerOptions::MinSplitter, size.width - narrowestPane - bar);
     const int left = std::min<int>(m_options.Splitter, widest);
-    m_list.move(0, 0, left, statusTop);
-    m_splitter.move(left, 0, bar, statusTop);
-    m_pane.move(left + bar, 0, std::max(0, size.width - left - bar), statusTop);
-    m_status.move(0, statusTop, size.width, size.height - statusTop);
+    m_list.move(0, 0, left, size.height);
+    m_splitter.move(left, 0, bar, size.height);
+    m_pane.move(left + bar, 0, std::max(0, size.width - left - bar), size.height);
+    m_status.fit();
 }

@@ -11,8 +11,10 @@
 #include "explorer/exploreroptions.h"
 #include "explorer/machinedata.h"
 #include "explorer/mainmenu.h"
+#include "explorer/mainstatus.h"
+#include "explorer/maintoolbar.h"
+#include "explorer/opening.h"
 #include "explorer/splitterbar.h"
-#include "explorer/statusline.h"
 #include "explorer/tablecounter.h"
 #include "explorer/tablelist.h"
 #include "explorer/tablepane.h"
@@ -29,8 +31,9 @@ public:
 
     bool create() override;
 
-    // Opens a database and shows its tables. What was open stays when that fails: then a box says
-    // why, and the result is false. name: in multibyte text.
+    // Opens a database and shows its tables; handles events meanwhile. False when the user
+    // stops it and when it fails, which a box tells; what was open stays then. name: in multibyte
+    // text.
     bool openDatabase(const std::string& name);
     // Opens the sample database; makes it first where it is not there yet.
     bool openSample();
@@ -41,14 +44,18 @@ public:
     void execute(Command command);
     void setLanguage(enum TypicalOptions::Language language);
 
-    // Whether a table is being read or counted.
-    bool isBusy() const { return m_pane.isLoading() || m_counter.isRunning(); }
+    // Whether a database is being opened, or a table read or counted.
+    bool isBusy() const
+    {
+        return m_opening.isRunning() || m_pane.isLoading() || m_counter.isRunning();
+    }
     DatabaseSession* session() const { return m_session.get(); }
     MainMenu& mainMenu() { return m_menu; }
     TableList& list() { return m_list; }
     TablePane& pane() { return m_pane; }
     SplitterBar& splitter() { return m_splitter; }
-    StatusLine& status() { return m_status; }
+    MainToolBar& toolBar() { return m_tools; }
+    MainStatus& status() { return m_status; }
 
     bool onClose() override;
     bool onSize() override;
@@ -59,6 +66,7 @@ public:
 
 private:
     OviAPI::SlotResult onMenuCommand(OviAPI::Object*, Command command);
+    OviAPI::SlotResult onToolCommand(OviAPI::Object*, int command);
     OviAPI::SlotResult onListRow(OviAPI::Object*, long previous, long row);
     OviAPI::SlotResult onPlaceChanged(OviAPI::Object*);
     OviAPI::SlotResult onSplit(OviAPI::Object*, int left);
@@ -74,6 +82,7 @@ private:
     void refresh();
     void goToRow();
     void nextPane(int step);
+    void showToolBar(bool shown);
     void resizeText(int kind, int step);
     void normalText();
     void applySettings();
@@ -89,11 +98,13 @@ private:
     MachineData m_machine;
     std::filesystem::path m_samplePath;
     std::unique_ptr<DatabaseSession> m_session;
+    Opening m_opening;
     MainMenu m_menu;
+    MainToolBar m_tools;
     TableList m_list;
     SplitterBar m_splitter;
     TablePane m_pane;
-    StatusLine m_status;
+    MainStatus m_status;
     TableCounter m_counter; // goes before the session does
     bool m_filling = false; // the list is being filled: its focus means nothing
 };

@@ -35,6 +35,10 @@ void showBox(TextId title, const std::wstring& text)
 
 void MainForm::execute(Command command)
 {
+    const bool opens =
+        command == Command::Open || command == Command::Connect || command == Command::Sample;
+    if (opens && m_opening.isRunning())
+        return;
     switch (command) {
     case Command::Open:
         return askForDatabase();
@@ -58,6 +62,8 @@ void MainForm::execute(Command command)
         return nextPane(1);
     case Command::PreviousPane:
         return nextPane(-1);
+    case Command::ToolBar:
+        return showToolBar(!m_options.ToolBar);
     case Command::English:
         return setLanguage(TypicalOptions::DefaultLanguage);
     case Command::Russian:
@@ -115,7 +121,11 @@ void MainForm::connectToDatabase()
 bool MainForm::openDatabase(const std::string& name)
 {
     try {
-        takeSession(std::make_unique<DatabaseSession>(name));
+        auto session = m_opening.run(OviAPI::localeToWide(name),
+                                     [name] { return std::make_unique<DatabaseSession>(name); });
+        if (!session)
+            return false;
+        takeSession(std::move(session));
         return true;
     } catch (const OpenFailure& failure) {
         showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + textOf(failure));
@@ -283,6 +293,14 @@ void MainForm::applySettings()
     if (application && application->resources() &&
         application->resources()->language() != application->getRRSLang(m_options.Language))
         setLanguage(m_options.Language);
+}
+
+void MainForm::showToolBar(bool shown)
+{
+    m_options.ToolBar = shown;
+    m_menu.check(Command::ToolBar, shown);
+    m_tools.show(shown);
+    layOut();
 }
 
 void MainForm::resizeText(int kind, int step)

@@ -29,6 +29,8 @@ constexpr Entry entries[] = {
     {1, 0},
     {1, TextMenuNextPane, Command::NextPane, L"F6"},
     {1, TextMenuPreviousPane, Command::PreviousPane, L"Shift+F6"},
+    {1, 0},
+    {1, TextMenuToolBar, Command::ToolBar},
     {0, TextMenuOptions},
     {1, TextMenuLanguage},
     {2, TextMenuEnglish, Command::English},
@@ -88,6 +90,19 @@ void MainMenu::loadTexts()
 {
     for (const Item& item : m_items)
         m_menu.setItem(item.item, textOf(static_cast<TextId>(item.textId)).c_str());
+}
+
+std::wstring MainMenu::caption(Command command) const
+{
+    const OviAPI::WMenuItem* item = itemOf(command);
+    return item ? item->text() : std::wstring();
+}
+
+const wchar_t* MainMenu::shortcut(Command command)
+{
+    const auto found = std::find_if(std::begin(entries), std::end(entries),
+                                    [command](const Entry& e) { return e.command == command; });
+    return found == std::end(entries) ? nullptr : found->keys;
 }
 
 void MainMenu::enable(Command command, bool enabled)

@@ -17,6 +17,10 @@ public:
     OviAPI::WMenu& menu() { return m_menu; }
     // Gives every item its text in the present language.
     void loadTexts();
+    // Of the item of a command, with the mark of its mnemonic.
+    std::wstring caption(Command command) const;
+    // The keys of a command; null for none.
+    static const wchar_t* shortcut(Command command);
     void enable(Command command, bool enabled);
     void check(Command command, bool checked);
 

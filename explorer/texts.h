@@ -37,6 +37,7 @@ enum TextId : int {
     TextMenuOtherLanguage = 50127,
     TextMenuConnect = 50128,
     TextMenuSettings = 50129,
+    TextMenuToolBar = 50130,
 
     // list of tables
     TextColumnName = 50201,
@@ -60,6 +61,9 @@ enum TextId : int {
     TextStatusReadOnly = 50307,
     TextStatusCut = 50308,
     TextStatusError = 50309,
+    TextStateEncrypted = 50310,
+    TextStateNotEncrypted = 50311,
+    TextStateReadOnly = 50312,
 
     // notices in the place of a table
     TextNoticeNoDatabase = 50401,
@@ -107,6 +111,8 @@ enum TextId : int {
     TextBuildPlaces = 50615,
     TextBuildMeasurements = 50616,
     TextBuildIndexes = 50617,
+    TextOpeningTitle = 50618,
+    TextOpeningPrompt = 50619,
 
     // help
     TextKeysTitle = 50701,

@@ -391,6 +391,63 @@ TEST_F(Connecting, ADamagedDatabaseIsRefusedWhenTheWholeFileIsChecked)
     EXPECT_THROW(DatabaseSession(connection, L""), OpenFailure);
 }
 
+TEST_F(Connecting, BrowseTakesTheFileThatIsChosen)
+{
+    makeDatabase("a.db");
+    std::ofstream(file("notes.txt")) << "text";
+    m_options.LastLoadDirectory = OviAPI::localeToWide(m_folder.path().string());
+    ConnectDialog& dialog = opened();
+    Script script;
+    script.step(FileDialogDriver::isOpen, [this] {
+        EXPECT_EQ(FileDialogDriver::title(), textOf(TextConnectBrowseTitle));
+        EXPECT_EQ(FileDialogDriver::folder(), OviAPI::localeToWide(m_folder.path().string()));
+        EXPECT_EQ(FileDialogDriver::filters(),
+                  (std::vector<std::wstring>{L"Databases (*.db *.sqlite *.sqlite3 *.db3)",
+                                             L"All files (*)"}));
+        FileDialogDriver::choose(L"a.db");
+    });
+    dialog.browseButton().push();
+    EXPECT_TRUE(script.isDone());
+    EXPECT_EQ(dialog.pathLine().text(), wide("a.db"));
+    dialog.bringToFront();
+    settle();
+    EXPECT_EQ(OviAPI::WVisualObject::focusedObject(), &dialog.pathLine());
+    dialog.testButton().push();
+    EXPECT_EQ(dialog.message(), L"The connection works. Tables and views: 2.");
+}
+
+TEST_F(Connecting, BrowseThatIsCancelledKeepsThePath)
+{
+    ConnectDialog& dialog = opened();
+    dialog.pathLine().setText(L"/typed.db");
+    Script script;
+    script.step(FileDialogDriver::isOpen, FileDialogDriver::cancel);
+    dialog.browseButton().push();
+    EXPECT_TRUE(script.isDone());
+    EXPECT_EQ(dialog.pathLine().text(), L"/typed.db");
+}
+
+TEST_F(Connecting, CancelEndsAnAttemptThatTakesLong)
+{
+    TestDatabase other(file("locked.db"));
+    other.execute("CREATE TABLE t (a INTEGER)");
+    other.execute("BEGIN EXCLUSIVE");
+    Connection connection = fileAt(wide("locked.db"));
+    connection.lockWait = Connection::LongestWait;
+    m_options.Connections.add(connection);
+    ConnectDialog dialog(m_above, m_options);
+    ASSERT_TRUE(dialog.create());
+    Script script;
+    script.step(modalIsOpen, [] { InputDriver::key(VirtualKey(OviAPI::KeyEnter)); });
+    script.step([&] { return dialog.isOpening(); }, [&] { dialog.cancelButton().push(); });
+    EXPECT_EQ(dialog.execModal(), 0);
+    EXPECT_TRUE(script.isDone());
+    EXPECT_EQ(dialog.message(), L"");
+    EXPECT_EQ(dialog.takeSession(), nullptr);
+    other.execute("COMMIT");
+    BackgroundOpening::waitForAbandoned();
+}
+
 TEST_F(Connecting, TheTabKeyReachesEverythingAndComesBack)
 {
     m_options.Connections.add(fileAt(L"/a.db"));
