@@ -63,6 +63,8 @@ public:
     int run(int argc, char** argv);
     // Ends messagePump when the modal loops inside it have ended.
     static void quit(int exitCode = 0);
+    // Whether messagePump is to end and only waits for the loops inside it.
+    static bool isQuitting();
 
     // Handles the events that are pending; when there is none, sleeps until an event or a wakeUp
     // has come. Throws what a handler has thrown. Returns at once when no application is started.

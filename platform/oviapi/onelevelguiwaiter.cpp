@@ -36,8 +36,12 @@ int OneLevelGUIWaiter::Wait()
     if (!m_exists)
         return NotWaiting;
     Release release;
-    while (state == Waiting)
+    const bool quitting = Application::isQuitting();
+    while (state == Waiting) {
         Application::procTaskEvents();
+        if (!quitting && Application::isQuitting())
+            Break();
+    }
     return state == WasCompleted ? Completed : Broken;
 }
 

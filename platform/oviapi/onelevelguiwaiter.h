@@ -22,7 +22,8 @@ public:
 
     static void Init();
     // Handles events until Leave or Break; a call of either after Init counts as well. Whichever
-    // comes first decides. Throws what a handler has thrown; the waiter is then free again.
+    // comes first decides. Quitting the application meanwhile breaks the wait. Throws what a
+    // handler has thrown; the waiter is then free again.
     static int Wait();
     // What was waited for is complete. Any thread, and signal handlers.
     static void Leave() noexcept;

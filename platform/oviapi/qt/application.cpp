@@ -19,6 +19,7 @@
 #include <QThread>
 
 #include <dorcpp/types.h>
+#include <oviapi/dialog.h>
 #include <oviapi/form.h>
 #include <oviapi/liveobjects.h>
 #include <oviapi/text.h>
@@ -211,13 +212,14 @@ Toolkit::~Toolkit()
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
-void Toolkit::formClosed()
+void Toolkit::formClosed(const WForm& closed)
 {
     if (!mainLoop)
         return;
+    const bool dialogsCount = dynamic_cast<const WDialog*>(&closed) != nullptr;
     for (const LiveObject& live : liveObjects()) {
         const auto* form = dynamic_cast<WForm*>(live.object);
-        if (form && form->isVisible())
+        if (form && form->isVisible() && (dialogsCount || !dynamic_cast<const WDialog*>(form)))
             return;
     }
     mainLoop->quit();
@@ -350,6 +352,12 @@ void Application::quit(int exitCode)
         return;
     toolkit->exitCode = exitCode;
     toolkit->mainLoop->quit();
+}
+
+bool Application::isQuitting()
+{
+    const Toolkit* toolkit = Toolkit::current();
+    return toolkit && toolkit->mainLoop && !toolkit->mainLoop->isRunning();
 }
 
 void Application::procTaskEvents()

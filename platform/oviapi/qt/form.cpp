@@ -431,7 +431,7 @@ bool WForm::close()
     if (m_modal)
         endModal(0);
     else if (Toolkit* toolkit = Toolkit::current())
-        toolkit->formClosed();
+        toolkit->formClosed(*this);
     return true;
 }
 

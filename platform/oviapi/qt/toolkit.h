@@ -13,6 +13,8 @@
 
 namespace OviAPI {
 
+class WForm;
+
 // Made by the first Application that starts and shared by any that start later; destroyed with the
 // last of them, after the native parts of everything that lives longer.
 struct Toolkit {
@@ -24,8 +26,9 @@ struct Toolkit {
     // Null when no application is started.
     static Toolkit* current();
 
-    // A form has been closed by its user: ends messagePump when it was the last one.
-    void formClosed();
+    // A form has been closed by its user: ends messagePump when it was the last one. Beside forms
+    // dialogs do not count.
+    void formClosed(const WForm& closed);
     // Destroys the widget together with the toolkit, unless it is destroyed before.
     void adopt(QWidget* widget) { adopted.emplace_back(widget); }
     // Begins, changes or ends watching, as the notifiers ask for.
