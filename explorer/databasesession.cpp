@@ -163,7 +163,16 @@ std::wstring DatabaseSession::connectionText() const
         text += L", " + textOf(info.cipher.empty() ? TextStateNotEncrypted : TextStateEncrypted);
     if (info.readOnly)
         text += L", " + textOf(TextStateReadOnly);
+    if (m_connection.inTransaction())
+        text += L", " + textOf(TextStateTransaction);
     return text;
+}
+
+void DatabaseSession::execute(const char* sql)
+{
+    DorCPP::DorCursor cursor;
+    cursor.create(m_connection, 0, nullptr, false);
+    cursor.execute(sql);
 }
 
 void DatabaseSession::readTables()

@@ -62,6 +62,9 @@ public:
     // language: "SQLite 3.40.1, read-only".
     std::wstring connectionText() const;
 
+    // Executes a statement without parameters and rows. Throws DorX.
+    void execute(const char* sql);
+
     DorCPP::DorConnect& connection() { return m_connection; }
     const std::vector<DatabaseTable>& tables() const { return m_tables; }
     // Reads the list of tables again. Throws DorX.

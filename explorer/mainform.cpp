@@ -1,6 +1,7 @@
 #include "explorer/mainform.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <oviapi/application.h>
 
@@ -26,6 +27,8 @@ MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     OviAPI::connect<&OviAPI::WToolBar::onCommand>(m_tools, *this, &MainForm::onToolCommand);
     OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
     OviAPI::connect<&TablePane::onPlaceChanged>(m_pane, *this, &MainForm::onPlaceChanged);
+    OviAPI::connect<&OviAPI::WTabControl::onTabChanged>(m_tabs, *this, &MainForm::onTab);
+    OviAPI::connect<&SqlPane::onSqlState>(m_sql, *this, &MainForm::onSqlState);
     OviAPI::connect<&SplitterBar::onSplit>(m_splitter, *this, &MainForm::onSplit);
 }
 
@@ -33,6 +36,7 @@ MainForm::~MainForm()
 {
     m_counter.stop();
     m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_sql.setConnection(nullptr);
     setMenu(nullptr);
 }
 
@@ -52,9 +56,13 @@ bool MainForm::create()
     setMenu(&m_menu.menu());
     if (!WExtForm::create())
         return false;
+    m_tabs.addTab(L"", &m_pane);
+    m_tabs.addTab(L"", &m_sql);
     for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
-             &m_tools, &m_list, &m_splitter, &m_pane, &m_status}) {
+             &m_tools, &m_list, &m_splitter, &m_tabs, &m_status})
         child->setParent(this);
+    for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
+             &m_tools, &m_list, &m_splitter, &m_tabs, &m_pane, &m_sql, &m_status}) {
         if (!child->create())
             return false;
     }
@@ -72,6 +80,8 @@ bool MainForm::onClose()
     m_options.MainFormMaximized = isMaximized();
     m_options.MainFormRect = normalGeometry();
     m_opening.giveUp();
+    if (!leaveDatabase(Command::Exit))
+        return false;
     closeDatabase();
     return true;
 }
@@ -84,10 +94,12 @@ bool MainForm::onSize()
 
 bool MainForm::onKeyDown(OviAPI::VirtualKey key)
 {
-    if (key.getKeyboardKey() != OviAPI::KeyEscape || !m_pane.isLoading())
+    if (key.getKeyboardKey() != OviAPI::KeyEscape)
         return false;
+    const bool stops = m_pane.isLoading() || m_sql.isRunning();
     m_pane.cancel();
-    return true;
+    m_sql.stop();
+    return stops;
 }
 
 OviAPI::SlotResult MainForm::onCharsetChanged(OviAPI::Object*, OviAPI::ResourceManager*)
@@ -110,8 +122,10 @@ OviAPI::SlotResult MainForm::onToolCommand(OviAPI::Object*, int command)
 
 OviAPI::SlotResult MainForm::onListRow(OviAPI::Object*, long, long)
 {
-    if (!m_filling)
-        showCurrentTable();
+    if (m_filling)
+        return 0;
+    showCurrentTable();
+    showTab(RowsTab);
     return 0;
 }
 
@@ -119,6 +133,30 @@ OviAPI::SlotResult MainForm::onPlaceChanged(OviAPI::Object*)
 {
     updateStatus();
     updateMenu();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onTab(OviAPI::Object*, int tab)
+{
+    // The same keys refresh the rows or execute the statement.
+    const bool sql = tab == SqlTab;
+    m_menu.setShortcut(Command::Refresh, sql ? L"" : MainMenu::shortcut(Command::Refresh));
+    m_menu.setShortcut(Command::SqlRun, sql ? MainMenu::shortcut(Command::Refresh) : L"");
+    m_menu.check(Command::SqlWindow, sql);
+    m_tools.checkCommand(Command::SqlWindow, sql);
+    updateStatus();
+    updateMenu();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onSqlState(OviAPI::Object*)
+{
+    if (!m_sql.isRunning() && m_sql.hasChanged() && m_session)
+        showChanges();
+    updateStatus();
+    updateMenu();
+    if (!m_sql.isRunning() && m_afterSql != Command::None)
+        execute(std::exchange(m_afterSql, Command::None));
     return 0;
 }
 
@@ -149,6 +187,7 @@ void MainForm::applyFonts()
     slotFontChanged(this, fkEdit, m_options.FontEdits);
     if (OviAPI::Application* application = OviAPI::Application::instance())
         application->roledFontsChanged();
+    xRDorCursor::init(m_options.FontControls, getResource(), this);
     m_pane.fitColumns();
     layOut();
 }
@@ -161,7 +200,10 @@ void MainForm::loadTexts()
     m_menu.check(Command::ToolBar, m_options.ToolBar);
     m_tools.loadTexts(m_menu);
     m_list.loadTexts();
+    m_tabs.setCaption(RowsTab, textOf(TextTabRows).c_str());
+    m_tabs.setCaption(SqlTab, textOf(TextTabSql).c_str());
     m_pane.loadTexts();
+    m_sql.loadTexts();
     m_splitter.setAccessibleName(textOf(TextSplitterName).c_str());
     updateTitle();
     updateStatus();
@@ -185,8 +227,10 @@ void MainForm::updateStatus()
                       m_session ? m_session->connectionText() : std::wstring());
     std::wstring rows;
     std::wstring cell;
-    const PlaceInTable place = m_pane.place();
-    if (m_pane.hasTable())
+    const PlaceInTable place = isSqlShown() ? PlaceInTable() : m_pane.place();
+    if (isSqlShown())
+        rows = m_sql.status();
+    else if (m_pane.hasTable())
         rows = place.rows == 1 ? textOf(TextStatusOneRow)
                                : textOf(TextStatusRows, groupedNumber(place.rows));
     if (place.row != 0)
@@ -200,12 +244,25 @@ void MainForm::updateStatus()
 void MainForm::updateMenu()
 {
     const bool open = m_session != nullptr;
+    for (const Command command : {Command::Open, Command::Connect, Command::Sample}) {
+        m_menu.enable(command, !m_sql.isRunning());
+        m_tools.enableCommand(command, !m_sql.isRunning());
+    }
     m_menu.enable(Command::Close, open);
     m_menu.enable(Command::Refresh, open);
-    m_menu.enable(Command::FitColumns, m_pane.hasTable());
-    m_menu.enable(Command::GoToRow, m_pane.place().rows > 0);
+    const bool rows = !isSqlShown() && m_pane.hasTable();
+    const bool anyRow = rows && m_pane.place().rows > 0;
+    m_menu.enable(Command::FitColumns, rows);
+    m_menu.enable(Command::GoToRow, anyRow);
     m_tools.enableCommand(Command::Refresh, open);
-    m_tools.enableCommand(Command::GoToRow, m_pane.place().rows > 0);
+    m_tools.enableCommand(Command::GoToRow, anyRow);
+    const bool ready = open && !m_sql.isRunning();
+    m_menu.enable(Command::SqlRun, isSqlShown() && ready);
+    m_menu.enable(Command::SqlRunAll, isSqlShown() && ready);
+    m_menu.enable(Command::SqlStop, m_sql.isRunning());
+    const bool transaction = ready && m_session->connection().inTransaction();
+    m_menu.enable(Command::Commit, transaction);
+    m_menu.enable(Command::RollBack, transaction);
 }
 
 void MainForm::layOut()
@@ -219,6 +276,6 @@ void MainForm::layOut()
     const int left = std::min<int>(m_options.Splitter, widest);
     m_list.move(0, 0, left, size.height);
     m_splitter.move(left, 0, bar, size.height);
-    m_pane.move(left + bar, 0, std::max(0, size.width - left - bar), size.height);
+    m_tabs.move(left + bar, 0, std::max(0, size.width - left - bar), size.height);
     m_status.fit();
 }

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <oviapi/tabcontrol.h>
+
 #include "app/extform.h"
 #include "explorer/command.h"
 #include "explorer/databasesession.h"
@@ -15,6 +17,7 @@
 #include "explorer/maintoolbar.h"
 #include "explorer/opening.h"
 #include "explorer/splitterbar.h"
+#include "explorer/sqlpane.h"
 #include "explorer/tablecounter.h"
 #include "explorer/tablelist.h"
 #include "explorer/tablepane.h"
@@ -39,20 +42,27 @@ public:
     bool openSample();
     // Opens what was open at the end of the last run, the sample where that was nothing.
     void openLast();
+    // A transaction that is open is rolled back.
     void closeDatabase();
+    // Reads the text and the history of the SQL window from a file, and writes them.
+    void loadSql(const std::wstring& path);
+    void saveSql(const std::wstring& path);
 
     void execute(Command command);
     void setLanguage(enum TypicalOptions::Language language);
 
-    // Whether a database is being opened, or a table read or counted.
+    // Whether a database is being opened, a table read or counted, or a statement executed.
     bool isBusy() const
     {
-        return m_opening.isRunning() || m_pane.isLoading() || m_counter.isRunning();
+        return m_opening.isRunning() || m_pane.isLoading() || m_counter.isRunning() ||
+               m_sql.isRunning();
     }
     DatabaseSession* session() const { return m_session.get(); }
     MainMenu& mainMenu() { return m_menu; }
     TableList& list() { return m_list; }
     TablePane& pane() { return m_pane; }
+    SqlPane& sqlPane() { return m_sql; }
+    OviAPI::WTabControl& tabs() { return m_tabs; }
     SplitterBar& splitter() { return m_splitter; }
     MainToolBar& toolBar() { return m_tools; }
     MainStatus& status() { return m_status; }
@@ -69,19 +79,26 @@ private:
     OviAPI::SlotResult onToolCommand(OviAPI::Object*, int command);
     OviAPI::SlotResult onListRow(OviAPI::Object*, long previous, long row);
     OviAPI::SlotResult onPlaceChanged(OviAPI::Object*);
+    OviAPI::SlotResult onTab(OviAPI::Object*, int tab);
+    OviAPI::SlotResult onSqlState(OviAPI::Object*);
     OviAPI::SlotResult onSplit(OviAPI::Object*, int left);
 
     bool buildSample();
     void askForDatabase();
     void connectToDatabase();
     void changeSettings();
-    void takeSession(std::unique_ptr<DatabaseSession> session);
+    bool takeSession(std::unique_ptr<DatabaseSession> session);
+    bool leaveDatabase(Command again);
+    bool endTransaction(const char* sql);
     void showTables(const std::wstring& current);
     void showCurrentTable();
     void startCounting();
+    void showChanges();
     void refresh();
     void goToRow();
     void nextPane(int step);
+    bool isSqlShown() const { return m_tabs.currentTab() == SqlTab; }
+    void showTab(int tab);
     void showToolBar(bool shown);
     void resizeText(int kind, int step);
     void normalText();
@@ -103,8 +120,12 @@ private:
     MainToolBar m_tools;
     TableList m_list;
     SplitterBar m_splitter;
+    enum Tab : int { RowsTab = 0, SqlTab = 1 };
+    OviAPI::WTabControl m_tabs;
     TablePane m_pane;
+    SqlPane m_sql;
     MainStatus m_status;
-    TableCounter m_counter; // goes before the session does
-    bool m_filling = false; // the list is being filled: its focus means nothing
+    TableCounter m_counter;             // goes before the session does
+    Command m_afterSql = Command::None; // to be done when the statement has ended
+    bool m_filling = false;             // the list is being filled: its focus means nothing
 };

@@ -37,7 +37,7 @@ void MainForm::execute(Command command)
 {
     const bool opens =
         command == Command::Open || command == Command::Connect || command == Command::Sample;
-    if (opens && m_opening.isRunning())
+    if (opens && (m_opening.isRunning() || m_sql.isRunning()))
         return;
     switch (command) {
     case Command::Open:
@@ -48,7 +48,9 @@ void MainForm::execute(Command command)
         openSample();
         return;
     case Command::Close:
-        return closeDatabase();
+        if (leaveDatabase(Command::Close))
+            closeDatabase();
+        return;
     case Command::Exit:
         close();
         return;
@@ -64,6 +66,20 @@ void MainForm::execute(Command command)
         return nextPane(-1);
     case Command::ToolBar:
         return showToolBar(!m_options.ToolBar);
+    case Command::SqlWindow:
+        return showTab(isSqlShown() ? RowsTab : SqlTab);
+    case Command::SqlRun:
+        return m_sql.run();
+    case Command::SqlRunAll:
+        return m_sql.runAll();
+    case Command::SqlStop:
+        return m_sql.stop();
+    case Command::Commit:
+        endTransaction("COMMIT");
+        return;
+    case Command::RollBack:
+        endTransaction("ROLLBACK");
+        return;
     case Command::English:
         return setLanguage(TypicalOptions::DefaultLanguage);
     case Command::Russian:
@@ -120,13 +136,12 @@ void MainForm::connectToDatabase()
 
 bool MainForm::openDatabase(const std::string& name)
 {
+    if (m_sql.isRunning())
+        return false;
     try {
         auto session = m_opening.run(OviAPI::localeToWide(name),
                                      [name] { return std::make_unique<DatabaseSession>(name); });
-        if (!session)
-            return false;
-        takeSession(std::move(session));
-        return true;
+        return session && takeSession(std::move(session));
     } catch (const OpenFailure& failure) {
         showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + textOf(failure));
         return false;
@@ -165,16 +180,74 @@ void MainForm::closeDatabase()
     m_list.setTables({});
     m_filling = false;
     m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_sql.setConnection(nullptr);
     m_session.reset();
     updateTitle();
     updateStatus();
     updateMenu();
 }
 
-void MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
+// Asks what is to become of an open transaction. False when the user wants to stay, and while a
+// statement runs: it is stopped then, and the command given again when it has ended.
+bool MainForm::leaveDatabase(Command again)
 {
+    if (m_sql.isRunning()) {
+        m_afterSql = again;
+        m_sql.stop();
+        return false;
+    }
+    if (!m_session || !m_session->connection().inTransaction())
+        return true;
+    using OviAPI::MsgBox;
+    switch (MsgBox::show(textOf(TextTransactionTitle).c_str(),
+                         textOf(TextTransactionQuestion).c_str(),
+                         MsgBox::Yes | MsgBox::No | MsgBox::Cancel)) {
+    case MsgBox::Yes:
+        return endTransaction("COMMIT");
+    case MsgBox::No:
+        return endTransaction("ROLLBACK");
+    default:
+        return false;
+    }
+}
+
+// False when it is still open, which a box has said.
+bool MainForm::endTransaction(const char* sql)
+{
+    if (!m_session)
+        return true;
+    bool ended = true;
+    try {
+        m_session->execute(sql);
+    } catch (const DorCPP::DorX& x) {
+        showError(TextTransactionFailed, messageOf(x));
+        ended = false;
+    }
+    updateStatus();
+    updateMenu();
+    return ended;
+}
+
+void MainForm::loadSql(const std::wstring& path)
+{
+    m_sql.history().load(path);
+    m_sql.loadHistory();
+}
+
+void MainForm::saveSql(const std::wstring& path)
+{
+    m_sql.keepHistory();
+    m_sql.history().save(path);
+}
+
+// False when the user wants to stay with the database that is open; the new one is closed then.
+bool MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
+{
+    if (!leaveDatabase(Command::None))
+        return false;
     closeDatabase();
     m_session = std::move(session);
+    m_sql.setConnection(&m_session->connection());
     m_options.LastDatabase = OviAPI::localeToWide(m_session->name());
     if (!m_session->path().empty()) {
         const std::filesystem::path path(m_session->path());
@@ -183,6 +256,7 @@ void MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
     updateTitle();
     showTables({});
     showCurrentTable();
+    return true;
 }
 
 void MainForm::showTables(const std::wstring& current)
@@ -216,15 +290,17 @@ void MainForm::showCurrentTable()
 
 void MainForm::startCounting()
 {
+    // A transaction keeps the connection to itself: counting would hold up its statements.
+    if (m_session->connection().inTransaction())
+        return;
     m_counter.start(
         m_session->connection(), m_session->tables(),
         [this](size_t table, const TableCount& count) { m_list.setCount(table, count); });
 }
 
-void MainForm::refresh()
+// Shows the tables that there are now and counts their rows.
+void MainForm::showChanges()
 {
-    if (!m_session)
-        return;
     const int table = m_list.currentTable();
     const std::wstring current =
         table < 0 ? std::wstring() : m_session->tables()[static_cast<size_t>(table)].name;
@@ -239,6 +315,13 @@ void MainForm::refresh()
         showTables(current);
     else
         startCounting();
+}
+
+void MainForm::refresh()
+{
+    if (!m_session)
+        return;
+    showChanges();
     const int now = m_list.currentTable();
     if (now >= 0 && m_session->tables()[static_cast<size_t>(now)].name == m_pane.table())
         m_pane.refresh();
@@ -268,8 +351,13 @@ void MainForm::goToRow()
 void MainForm::nextPane(int step)
 {
     std::vector<OviAPI::WVisualObject*> panes{&m_list, &m_splitter};
-    if (m_pane.hasTable())
+    if (isSqlShown()) {
+        panes.insert(panes.end(), {&m_sql.editor(), &m_sql.splitter()});
+        if (m_sql.view().isVisible())
+            panes.push_back(&m_sql.view());
+    } else if (m_pane.hasTable()) {
         panes.push_back(&m_pane.view());
+    }
     const auto current =
         std::find_if(panes.begin(), panes.end(), [](auto* pane) { return pane->hasFocus(); });
     const auto count = static_cast<int>(panes.size());
@@ -293,6 +381,18 @@ void MainForm::applySettings()
     if (application && application->resources() &&
         application->resources()->language() != application->getRRSLang(m_options.Language))
         setLanguage(m_options.Language);
+}
+
+void MainForm::showTab(int tab)
+{
+    if (m_tabs.currentTab() == tab)
+        return;
+    m_tabs.setCurrentTab(tab);
+    onTab(nullptr, tab);
+    if (tab == SqlTab)
+        m_sql.editor().setFocus();
+    else if (m_pane.hasTable() && !m_list.hasFocus())
+        m_pane.view().setFocus();
 }
 
 void MainForm::showToolBar(bool shown)

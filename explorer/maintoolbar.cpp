@@ -12,9 +12,9 @@ struct Entry {
 };
 
 constexpr Entry entries[] = {
-    {Command::Open, 50301},     {Command::Connect, 50302}, {Command::None},
-    {Command::Refresh, 50303},  {Command::GoToRow, 50304}, {Command::None},
-    {Command::Settings, 50306},
+    {Command::Open, 50301},    {Command::Connect, 50302},  {Command::None},
+    {Command::Refresh, 50303}, {Command::GoToRow, 50304},  {Command::SqlWindow, 50305},
+    {Command::None},           {Command::Settings, 50306},
 };
 
 // A caption of the menu without its mnemonic and the points behind it.
@@ -57,4 +57,9 @@ void MainToolBar::loadTexts(const MainMenu& menu)
 void MainToolBar::enableCommand(Command command, bool enabled)
 {
     enableButton(static_cast<int>(command), enabled);
+}
+
+void MainToolBar::checkCommand(Command command, bool checked)
+{
+    checkButton(static_cast<int>(command), checked);
 }

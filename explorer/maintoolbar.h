@@ -18,4 +18,5 @@ public:
     // Gives every button its texts in the present language.
     void loadTexts(const MainMenu& menu);
     void enableCommand(Command command, bool enabled);
+    void checkCommand(Command command, bool checked);
 };

@@ -478,7 +478,7 @@ TEST_F(MainWindow, MovesTheBorderWithTheMouse)
     settle();
     EXPECT_EQ(m_form->list().width(), before + 40);
     EXPECT_EQ(m_options.Splitter, before + 40);
-    EXPECT_EQ(m_form->pane().x(), m_form->splitter().geometry().right);
+    EXPECT_EQ(m_form->tabs().x(), m_form->splitter().geometry().right);
 }
 
 TEST_F(MainWindow, GoesToARowByItsNumber)
@@ -563,7 +563,10 @@ TEST_F(MainWindow, NoEnglishIsLeftInRussian)
         if (text.find(L"English") != std::wstring::npos)
             continue; // each language is called by its own name
         EXPECT_FALSE(text.empty());
-        EXPECT_TRUE(std::none_of(text.begin(), text.end(), isLatin)) << OviAPI::wideToUtf8(text);
+        std::wstring words = text;
+        if (const size_t name = words.find(L"SQL"); name != std::wstring::npos)
+            words.erase(name, 3);
+        EXPECT_TRUE(std::none_of(words.begin(), words.end(), isLatin)) << OviAPI::wideToUtf8(text);
     }
     EXPECT_NE(m_form->title().find(textOf(TextAppTitle)), std::wstring::npos);
 }
@@ -691,9 +694,9 @@ TEST_F(MainWindow, FitsInTheSmallestScreen)
     m_form->move(0, 0, 640, 480);
     settle();
     EXPECT_EQ(m_form->status().toScreen({0, 0}).y, m_form->toScreen({0, m_form->clientHeight()}).y);
-    EXPECT_EQ(m_form->pane().geometry().bottom, m_form->clientHeight());
-    EXPECT_GE(m_form->pane().width(), 120);
-    EXPECT_EQ(m_form->pane().geometry().right, m_form->clientWidth());
+    EXPECT_EQ(m_form->tabs().geometry().bottom, m_form->clientHeight());
+    EXPECT_GE(m_form->pane().width(), 110);
+    EXPECT_EQ(m_form->tabs().geometry().right, m_form->clientWidth());
 }
 
 TEST_F(MainWindow, TextMayGrowUntilScrollBarsComeAndGo)
@@ -704,7 +707,7 @@ TEST_F(MainWindow, TextMayGrowUntilScrollBarsComeAndGo)
     for (int i = 0; i < 12; ++i) {
         m_form->execute(Command::Larger);
         settle();
-        EXPECT_EQ(m_form->pane().geometry().bottom, m_form->clientHeight());
+        EXPECT_EQ(m_form->tabs().geometry().bottom, m_form->clientHeight());
         EXPECT_LE(m_form->status().height(), 100);
     }
 }
