@@ -6,6 +6,7 @@ enum class Command {
     Open,
     Connect,
     Sample,
+    Reconnect,
     Close,
     Exit,
     Refresh,

@@ -65,6 +65,7 @@ Connection ConnectDialog::connection() const
     connection.database = trimmed(m_database.text());
     connection.user = trimmed(m_user.text());
     connection.parameters = trimmed(m_parameters.text());
+    connection.encryption = std::max(0, m_encryption.currentLine());
     return connection;
 }
 
@@ -143,6 +144,7 @@ void ConnectDialog::createAdvanced()
     m_wait.setRange(0, Connection::LongestWait);
     m_wait.setValue(Connection::DefaultWait);
     addRow({&m_waitLabel, &m_wait}, m_advanced);
+    addRow({&m_encryptionLabel, &m_encryption}, m_advanced);
     addRow({&m_parametersLabel, &m_parameters}, m_advanced);
     OviAPI::connect<&OviAPI::WButton::onPush>(m_more, *this, &ConnectDialog::onMorePush);
     OviAPI::connect<&OviAPI::WButton::onPush>(m_advanced.button(), *this,
@@ -159,7 +161,7 @@ void ConnectDialog::addRow(const Row& row, OviAPI::Container& parent)
 std::vector<ConnectDialog::Row> ConnectDialog::advancedRows()
 {
     if (isServer())
-        return {{&m_parametersLabel, &m_parameters}};
+        return {{&m_encryptionLabel, &m_encryption}, {&m_parametersLabel, &m_parameters}};
     return {{&m_waitLabel, &m_wait}};
 }
 
@@ -189,6 +191,13 @@ void ConnectDialog::loadTexts()
     m_verify.setText(textOf(TextConnectVerify).c_str());
     m_waitLabel.setText(textOf(TextConnectWait).c_str());
     m_wait.setSuffix(textOf(TextConnectSeconds).c_str());
+    m_encryptionLabel.setText(textOf(TextConnectEncryption).c_str());
+    const int encryption = std::max(0, m_encryption.currentLine());
+    m_encryption.clear();
+    for (const TextId line : {TextEncryptionUsual, TextEncryptionNever, TextEncryptionAlways,
+                              TextEncryptionChecked})
+        m_encryption.insertLine(textOf(line).c_str());
+    m_encryption.setCurrentLine(encryption);
     m_parametersLabel.setText(textOf(TextConnectParameters).c_str());
     m_message.setText(L"");
     m_test.setText(textOf(TextConnectTest).c_str());
@@ -315,6 +324,8 @@ int ConnectDialog::layoutAdvanced(int width, int top)
     }
     m_waitLabel.show(!isServer());
     m_wait.show(!isServer());
+    m_encryptionLabel.show(isServer());
+    m_encryption.show(isServer());
     m_parametersLabel.show(isServer());
     m_parameters.show(isServer());
     const int bottom = layoutRows(advancedRows(), inner, inside - hideButtonRoom, y) + inner;
@@ -350,12 +361,14 @@ void ConnectDialog::fill(const Connection& connection)
     m_user.setText(connection.user.c_str());
     m_password.setText(L"");
     m_parameters.setText(connection.parameters.c_str());
+    m_encryption.setCurrentLine(connection.encryption);
     m_readOnly.setChecked(connection.readOnly);
     m_verify.setChecked(connection.verify);
     m_wait.setValue(connection.lockWait);
     const bool usual = !connection.readOnly && !connection.verify &&
                        connection.lockWait == Connection::DefaultWait &&
-                       connection.parameters.empty();
+                       connection.parameters.empty() &&
+                       connection.encryption == Connection::AsUsual;
     if (!usual)
         showAdvanced(true);
     showEngine();
@@ -499,17 +512,19 @@ std::unique_ptr<DatabaseSession> ConnectDialog::open()
         return nullptr;
     }
     std::wstring failure = textOf(TextErrorStopped);
+    TextId reason = TextErrorStopped;
     try {
-        auto session = m_opening.run(asked.title(), [asked, password = m_password.text()] {
-            return std::make_unique<DatabaseSession>(asked, password);
-        });
+        const auto password = std::make_shared<const Secret>(m_password.text());
+        m_again = [asked, password] { return std::make_unique<DatabaseSession>(asked, *password); };
+        auto session = m_opening.run(asked.title(), m_again);
         if (session || !isVisible())
             return session;
     } catch (const OpenFailure& x) {
         failure = textOf(x);
+        reason = x.reason();
     }
     say(failure);
-    focusFault();
+    focusFault(reason);
     return nullptr;
 }
 
@@ -519,6 +534,18 @@ void ConnectDialog::say(const std::wstring& text)
     m_message.setToolTip(text.c_str());
     arrange();
     m_message.repaint();
+}
+
+// The field that the failure is about.
+void ConnectDialog::focusFault(TextId reason)
+{
+    OviAPI::WLineEdit* field = reason == TextErrorLongUser       ? &m_user
+                               : reason == TextErrorLongPassword ? &m_password
+                                                                 : nullptr;
+    if (!field)
+        return focusFault();
+    field->select(0, -1);
+    field->setFocus();
 }
 
 // Where a mistake is most likely.

@@ -27,6 +27,8 @@ public:
 
     bool onClose() override;
 
+    // How to open it once more; with the password, which is overwritten when the last copy goes.
+    const DatabaseSession::Open& openAgain() const { return m_again; }
     // What was opened; null unless execModal gave 1.
     std::unique_ptr<DatabaseSession> takeSession() { return std::move(m_session); }
 
@@ -49,6 +51,9 @@ public:
     OviAPI::WButton& browseButton() { return m_browse; }
     OviAPI::WButton& advancedButton() { return m_more; }
     HideableTitledPanel& advanced() { return m_advanced; }
+    OviAPI::WLineEdit& userLine() { return m_user; }
+    OviAPI::WLineEdit& databaseLine() { return m_database; }
+    OviAPI::WComboBox& encryptionList() { return m_encryption; }
     OviAPI::WCheckBox& readOnlyBox() { return m_readOnly; }
     OviAPI::WButton& testButton() { return m_test; }
     OviAPI::WButton& cancelButton() { return m_cancel; }
@@ -91,6 +96,7 @@ private:
     void say(const std::wstring& text);
     std::unique_ptr<DatabaseSession> open();
     void focusFault();
+    void focusFault(TextId reason);
 
     std::vector<Row> advancedRows();
     int layoutRecent(int width, int top);
@@ -104,6 +110,7 @@ private:
     std::vector<DorCPP::Engine> m_engines;
     std::unique_ptr<DatabaseSession> m_session;
     Opening m_opening;
+    DatabaseSession::Open m_again;
     std::wstring m_fileCaption;
     std::wstring m_serverCaption;
 
@@ -133,6 +140,8 @@ private:
     OviAPI::WCheckBox m_verify;
     OviAPI::WStatic m_waitLabel;
     OviAPI::WSpinBox m_wait;
+    OviAPI::WStatic m_encryptionLabel;
+    OviAPI::WComboBox m_encryption;
     OviAPI::WStatic m_parametersLabel;
     OviAPI::WLineEdit m_parameters;
     OviAPI::WStatic m_message;

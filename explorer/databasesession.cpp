@@ -48,6 +48,18 @@ void checkFile(const std::string& path)
         throw OpenFailure(TextErrorPermission, systemWords(errno));
 }
 
+// A client of a server takes no longer texts; they would be cut.
+void checkLengths(const std::string& user, const std::string& password, const std::string& name)
+{
+    constexpr size_t longest = 255; // bytes
+    if (user.size() > longest)
+        throw OpenFailure(TextErrorLongUser, {});
+    if (password.size() > longest)
+        throw OpenFailure(TextErrorLongPassword, {});
+    if (name.size() > longest)
+        throw OpenFailure(TextErrorLongAddress, {});
+}
+
 TextId reasonOf(const DorCPP::DorX& x)
 {
     switch (x.code()) {
@@ -115,14 +127,23 @@ DatabaseSession::DatabaseSession(const std::string& name)
     open("", "", "timeout=1000", false);
 }
 
-DatabaseSession::DatabaseSession(const Connection& connection, const std::wstring& password)
+DatabaseSession::DatabaseSession(const Connection& connection, const Secret& password)
     : m_name(connection.databaseName())
     , m_path(OviAPI::wideToLocale(connection.path))
 {
     if (!connection.isFile() && connection.host.empty())
         m_name.clear();
-    open(OviAPI::wideToLocale(connection.user).c_str(), OviAPI::wideToLocale(password).c_str(),
-         connection.clientOptions().c_str(), connection.verify);
+    const std::string user = OviAPI::wideToLocale(connection.user);
+    std::string narrow = OviAPI::wideToLocale(password.text());
+    try {
+        if (!connection.isFile())
+            checkLengths(user, narrow, m_name);
+        open(user.c_str(), narrow.c_str(), connection.clientOptions().c_str(), connection.verify);
+    } catch (...) {
+        wipe(narrow);
+        throw;
+    }
+    wipe(narrow);
 }
 
 void DatabaseSession::open(const char* user, const char* password, const char* options, bool verify)

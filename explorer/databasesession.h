@@ -2,6 +2,7 @@
 #pragma once
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include <dorcpp/dorx.h>
 
 #include "explorer/connection.h"
+#include "explorer/secret.h"
 #include "explorer/texts.h"
 
 // Why a database could not be opened.
@@ -48,9 +50,9 @@ public:
     // name: a path or "sqlite:PATH" in multibyte text, or what else the database client knows.
     // Never waits longer than a second for a lock, nor for a pipe. Throws OpenFailure.
     explicit DatabaseSession(const std::string& name);
-    // Waits for a lock as long as the connection says. The password is not kept. Throws
-    // OpenFailure.
-    DatabaseSession(const Connection& connection, const std::wstring& password);
+    // Waits for a lock as long as the connection says. Throws OpenFailure, also for what is too long
+    // for the database client.
+    DatabaseSession(const Connection& connection, const Secret& password);
 
     // As it was opened, a path made absolute.
     const std::string& name() const { return m_name; }
@@ -64,6 +66,9 @@ public:
 
     // Executes a statement without parameters and rows. Throws DorX.
     void execute(const char* sql);
+
+    // What opens a database. May throw OpenFailure.
+    using Open = std::function<std::unique_ptr<DatabaseSession>()>;
 
     DorCPP::DorConnect& connection() { return m_connection; }
     const std::vector<DatabaseTable>& tables() const { return m_tables; }

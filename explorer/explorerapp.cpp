@@ -67,7 +67,7 @@ void ExplorerApp::deInitApplication()
 void ExplorerApp::deInitAfterOptions()
 {
     m_form.reset();
-    BackgroundOpening::waitForAbandoned();
+    BackgroundTask::waitForAbandoned();
 }
 
 OviAPI::SlotResult ExplorerApp::onStarted(OviAPI::Object*)

@@ -48,8 +48,20 @@ void writeConnection(XMLUtils::XMLElementA& element, const Connection& connectio
     element.addChild("Database").setString(connection.database, encoding);
     element.addChild("User").setString(connection.user, encoding);
     element.addChild("Parameters").setString(connection.parameters, encoding);
+    element.addChild("Encryption").setInteger(connection.encryption);
     element.addChild("ReadOnly").setBoolean(connection.readOnly);
     element.addChild("LockWait").setInteger(connection.lockWait);
+}
+
+// Runs one reading step; a key that is missing or bad gives the fallback.
+template<class Read, class Fallback>
+void readOr(Read read, Fallback fallback)
+{
+    try {
+        read();
+    } catch (const XMLUtils::XMLException&) {
+        fallback();
+    }
 }
 
 // Throws XMLException when a part is missing or out of its range.
@@ -64,9 +76,12 @@ Connection readConnection(const XMLUtils::XMLElementA& element, XMLUtils::XMLEnc
     connection.database = element.getChild("Database").getString(encoding);
     connection.user = element.getChild("User").getString(encoding);
     connection.parameters = element.getChild("Parameters").getString(encoding);
+    readOr([&] { connection.encryption = element.getChild("Encryption").getInteger(); }, [] {});
     connection.readOnly = element.getChild("ReadOnly").getBoolean();
     connection.lockWait = element.getChild("LockWait").getInteger();
     connection.port = std::clamp(connection.port, 0, Connection::HighestPort);
+    if (connection.encryption < Connection::AsUsual || connection.encryption > Connection::Checked)
+        connection.encryption = Connection::AsUsual;
     connection.lockWait = std::clamp(connection.lockWait, 0, Connection::LongestWait);
     return connection;
 }
@@ -84,17 +99,6 @@ RecentConnections readConnections(const XMLUtils::XMLElementA& element,
         }
     }
     return connections;
-}
-
-// Runs one reading step; a key that is missing or bad gives the fallback.
-template<class Read, class Fallback>
-void readOr(Read read, Fallback fallback)
-{
-    try {
-        read();
-    } catch (const XMLUtils::XMLException&) {
-        fallback();
-    }
 }
 
 } // namespace

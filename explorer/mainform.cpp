@@ -13,12 +13,14 @@ namespace {
 
 constexpr int iconId = 1;
 constexpr int narrowestPane = 120; // px
+constexpr int keepAliveTime = 5000; // ms
 
 } // namespace
 
 MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     : m_options(options)
     , m_samplePath(sampleDatabasePath())
+    , m_keepAlive(keepAliveTime)
     , m_opening(*this)
     , m_tools(resources, m_menu)
 {
@@ -27,6 +29,9 @@ MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     OviAPI::connect<&OviAPI::WToolBar::onCommand>(m_tools, *this, &MainForm::onToolCommand);
     OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
     OviAPI::connect<&TablePane::onPlaceChanged>(m_pane, *this, &MainForm::onPlaceChanged);
+    OviAPI::connect<&OviAPI::WTimer::onTimer>(m_keepAlive, *this, &MainForm::onKeepAlive);
+    OviAPI::connect<&AliveProbe::onAnswer>(m_probe, *this, &MainForm::onAlive);
+    OviAPI::connect<&LostBar::onReconnect>(m_lostBar, *this, &MainForm::onReconnect);
     OviAPI::connect<&OviAPI::WTabControl::onTabChanged>(m_tabs, *this, &MainForm::onTab);
     OviAPI::connect<&SqlPane::onSqlState>(m_sql, *this, &MainForm::onSqlState);
     OviAPI::connect<&SplitterBar::onSplit>(m_splitter, *this, &MainForm::onSplit);
@@ -59,14 +64,15 @@ bool MainForm::create()
     m_tabs.addTab(L"", &m_pane);
     m_tabs.addTab(L"", &m_sql);
     for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
-             &m_tools, &m_list, &m_splitter, &m_tabs, &m_status})
+             &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_status})
         child->setParent(this);
     for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
-             &m_tools, &m_list, &m_splitter, &m_tabs, &m_pane, &m_sql, &m_status}) {
+             &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_pane, &m_sql, &m_status}) {
         if (!child->create())
             return false;
     }
     m_tools.show(m_options.ToolBar);
+    m_lostBar.show(false);
     applyFonts();
     loadTexts();
     m_list.setFocus();
@@ -136,6 +142,25 @@ OviAPI::SlotResult MainForm::onPlaceChanged(OviAPI::Object*)
     return 0;
 }
 
+OviAPI::SlotResult MainForm::onKeepAlive(OviAPI::Object*)
+{
+    checkConnection();
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onAlive(OviAPI::Object*, bool alive)
+{
+    if (!alive)
+        setLost(true);
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onReconnect(OviAPI::Object*)
+{
+    reconnect();
+    return 1;
+}
+
 OviAPI::SlotResult MainForm::onTab(OviAPI::Object*, int tab)
 {
     // The same keys refresh the rows or execute the statement.
@@ -153,6 +178,8 @@ OviAPI::SlotResult MainForm::onSqlState(OviAPI::Object*)
 {
     if (!m_sql.isRunning() && m_sql.hasChanged() && m_session)
         showChanges();
+    else if (!m_sql.isRunning() && m_sql.hasFailed())
+        checkConnection();
     updateStatus();
     updateMenu();
     if (!m_sql.isRunning() && m_afterSql != Command::None)
@@ -202,6 +229,7 @@ void MainForm::loadTexts()
     m_list.loadTexts();
     m_tabs.setCaption(RowsTab, textOf(TextTabRows).c_str());
     m_tabs.setCaption(SqlTab, textOf(TextTabSql).c_str());
+    m_lostBar.loadTexts();
     m_pane.loadTexts();
     m_sql.loadTexts();
     m_splitter.setAccessibleName(textOf(TextSplitterName).c_str());
@@ -223,8 +251,10 @@ void MainForm::updateStatus()
 {
     m_status.setField(MainStatus::Database,
                       m_session ? m_session->displayPath() : textOf(TextStatusNoDatabase));
-    m_status.setField(MainStatus::Connection,
-                      m_session ? m_session->connectionText() : std::wstring());
+    std::wstring connection;
+    if (m_session)
+        connection = m_lost ? textOf(TextStateLost) : m_session->connectionText();
+    m_status.setField(MainStatus::Connection, connection);
     std::wstring rows;
     std::wstring cell;
     const PlaceInTable place = isSqlShown() ? PlaceInTable() : m_pane.place();
@@ -248,6 +278,7 @@ void MainForm::updateMenu()
         m_menu.enable(command, !m_sql.isRunning());
         m_tools.enableCommand(command, !m_sql.isRunning());
     }
+    m_menu.enable(Command::Reconnect, open && m_lost);
     m_menu.enable(Command::Close, open);
     m_menu.enable(Command::Refresh, open);
     const bool rows = !isSqlShown() && m_pane.hasTable();
@@ -274,8 +305,11 @@ void MainForm::layOut()
     const int widest =
         std::max<int>(ExplorerOptions::MinSplitter, size.width - narrowestPane - bar);
     const int left = std::min<int>(m_options.Splitter, widest);
-    m_list.move(0, 0, left, size.height);
-    m_splitter.move(left, 0, bar, size.height);
-    m_tabs.move(left + bar, 0, std::max(0, size.width - left - bar), size.height);
+    const int top = m_lost ? m_lostBar.wantedHeight() : 0;
+    const int height = std::max(0, size.height - top);
+    m_lostBar.move(0, 0, size.width, top);
+    m_list.move(0, top, left, height);
+    m_splitter.move(left, top, bar, height);
+    m_tabs.move(left + bar, top, std::max(0, size.width - left - bar), height);
     m_status.fit();
 }

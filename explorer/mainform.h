@@ -8,9 +8,11 @@
 #include <oviapi/tabcontrol.h>
 
 #include "app/extform.h"
+#include "explorer/aliveprobe.h"
 #include "explorer/command.h"
 #include "explorer/databasesession.h"
 #include "explorer/exploreroptions.h"
+#include "explorer/lostbar.h"
 #include "explorer/machinedata.h"
 #include "explorer/mainmenu.h"
 #include "explorer/mainstatus.h"
@@ -42,6 +44,10 @@ public:
     bool openSample();
     // Opens what was open at the end of the last run, the sample where that was nothing.
     void openLast();
+    // Asks whether the database still answers, unless something runs on its connection.
+    void checkConnection();
+    // Whether it was found that it does not.
+    bool isLost() const { return m_lost; }
     // A transaction that is open is rolled back.
     void closeDatabase();
     // Reads the text and the history of the SQL window from a file, and writes them.
@@ -63,6 +69,7 @@ public:
     TablePane& pane() { return m_pane; }
     SqlPane& sqlPane() { return m_sql; }
     OviAPI::WTabControl& tabs() { return m_tabs; }
+    LostBar& lostBar() { return m_lostBar; }
     SplitterBar& splitter() { return m_splitter; }
     MainToolBar& toolBar() { return m_tools; }
     MainStatus& status() { return m_status; }
@@ -79,6 +86,9 @@ private:
     OviAPI::SlotResult onToolCommand(OviAPI::Object*, int command);
     OviAPI::SlotResult onListRow(OviAPI::Object*, long previous, long row);
     OviAPI::SlotResult onPlaceChanged(OviAPI::Object*);
+    OviAPI::SlotResult onKeepAlive(OviAPI::Object*);
+    OviAPI::SlotResult onAlive(OviAPI::Object*, bool alive);
+    OviAPI::SlotResult onReconnect(OviAPI::Object*);
     OviAPI::SlotResult onTab(OviAPI::Object*, int tab);
     OviAPI::SlotResult onSqlState(OviAPI::Object*);
     OviAPI::SlotResult onSplit(OviAPI::Object*, int left);
@@ -87,7 +97,11 @@ private:
     void askForDatabase();
     void connectToDatabase();
     void changeSettings();
-    bool takeSession(std::unique_ptr<DatabaseSession> session);
+    bool takeSession(std::unique_ptr<DatabaseSession> session, DatabaseSession::Open again);
+    void useSession(std::unique_ptr<DatabaseSession> session);
+    void reconnect();
+    void setLost(bool lost);
+    std::wstring currentTableName();
     bool leaveDatabase(Command again);
     bool endTransaction(const char* sql);
     void showTables(const std::wstring& current);
@@ -115,6 +129,11 @@ private:
     MachineData m_machine;
     std::filesystem::path m_samplePath;
     std::unique_ptr<DatabaseSession> m_session;
+    DatabaseSession::Open m_again; // opens the same database
+    bool m_lost = false;
+    AliveProbe m_probe;
+    OviAPI::WTimer m_keepAlive;
+    LostBar m_lostBar;
     Opening m_opening;
     MainMenu m_menu;
     MainToolBar m_tools;

@@ -37,7 +37,7 @@ void MainForm::execute(Command command)
 {
     const bool opens =
         command == Command::Open || command == Command::Connect || command == Command::Sample;
-    if (opens && (m_opening.isRunning() || m_sql.isRunning()))
+    if ((opens || command == Command::Reconnect) && (m_opening.isRunning() || m_sql.isRunning()))
         return;
     switch (command) {
     case Command::Open:
@@ -47,6 +47,8 @@ void MainForm::execute(Command command)
     case Command::Sample:
         openSample();
         return;
+    case Command::Reconnect:
+        return reconnect();
     case Command::Close:
         if (leaveDatabase(Command::Close))
             closeDatabase();
@@ -131,7 +133,7 @@ void MainForm::connectToDatabase()
 {
     ConnectDialog dialog(*this, m_options);
     if (dialog.create() && dialog.execModal() == 1)
-        takeSession(dialog.takeSession());
+        takeSession(dialog.takeSession(), dialog.openAgain());
 }
 
 bool MainForm::openDatabase(const std::string& name)
@@ -139,9 +141,11 @@ bool MainForm::openDatabase(const std::string& name)
     if (m_sql.isRunning())
         return false;
     try {
-        auto session = m_opening.run(OviAPI::localeToWide(name),
-                                     [name] { return std::make_unique<DatabaseSession>(name); });
-        return session && takeSession(std::move(session));
+        const DatabaseSession::Open open = [name] {
+            return std::make_unique<DatabaseSession>(name);
+        };
+        auto session = m_opening.run(OviAPI::localeToWide(name), open);
+        return session && takeSession(std::move(session), open);
     } catch (const OpenFailure& failure) {
         showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + textOf(failure));
         return false;
@@ -181,7 +185,11 @@ void MainForm::closeDatabase()
     m_filling = false;
     m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
     m_sql.setConnection(nullptr);
+    m_keepAlive.stop();
+    m_probe.forget();
+    setLost(false);
     m_session.reset();
+    m_again = nullptr;
     updateTitle();
     updateStatus();
     updateMenu();
@@ -196,7 +204,7 @@ bool MainForm::leaveDatabase(Command again)
         m_sql.stop();
         return false;
     }
-    if (!m_session || !m_session->connection().inTransaction())
+    if (!m_session || m_lost || !m_session->connection().inTransaction())
         return true;
     using OviAPI::MsgBox;
     switch (MsgBox::show(textOf(TextTransactionTitle).c_str(),
@@ -241,13 +249,13 @@ void MainForm::saveSql(const std::wstring& path)
 }
 
 // False when the user wants to stay with the database that is open; the new one is closed then.
-bool MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
+bool MainForm::takeSession(std::unique_ptr<DatabaseSession> session, DatabaseSession::Open again)
 {
     if (!leaveDatabase(Command::None))
         return false;
     closeDatabase();
-    m_session = std::move(session);
-    m_sql.setConnection(&m_session->connection());
+    m_again = std::move(again);
+    useSession(std::move(session));
     m_options.LastDatabase = OviAPI::localeToWide(m_session->name());
     if (!m_session->path().empty()) {
         const std::filesystem::path path(m_session->path());
@@ -257,6 +265,61 @@ bool MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
     showTables({});
     showCurrentTable();
     return true;
+}
+
+void MainForm::useSession(std::unique_ptr<DatabaseSession> session)
+{
+    m_session = std::move(session);
+    m_sql.setConnection(&m_session->connection());
+    m_keepAlive.start();
+}
+
+void MainForm::checkConnection()
+{
+    if (m_session && !m_lost && !isBusy())
+        m_probe.ask(m_session->connection().channel());
+}
+
+void MainForm::setLost(bool lost)
+{
+    if (m_lost == lost)
+        return;
+    m_lost = lost;
+    m_lostBar.show(lost);
+    layOut();
+    updateStatus();
+    updateMenu();
+    if (lost && !m_sql.editor().hasFocus())
+        m_lostBar.button().setFocus();
+}
+
+// Opens the database again and shows the table that was shown.
+void MainForm::reconnect()
+{
+    if (!m_lost || !m_again || isBusy())
+        return;
+    try {
+        auto session = m_opening.run(m_session->displayPath(), m_again);
+        if (!session)
+            return;
+        const std::wstring table = currentTableName();
+        const DatabaseSession::Open again = m_again;
+        closeDatabase();
+        m_again = again;
+        useSession(std::move(session));
+        updateTitle();
+        showTables(table);
+        showCurrentTable();
+    } catch (const OpenFailure& failure) {
+        showError(TextErrorOpen, textOf(failure));
+    }
+}
+
+std::wstring MainForm::currentTableName()
+{
+    const int table = m_list.currentTable();
+    return m_session && table >= 0 ? m_session->tables()[static_cast<size_t>(table)].name
+                                   : std::wstring();
 }
 
 void MainForm::showTables(const std::wstring& current)
@@ -301,9 +364,7 @@ void MainForm::startCounting()
 // Shows the tables that there are now and counts their rows.
 void MainForm::showChanges()
 {
-    const int table = m_list.currentTable();
-    const std::wstring current =
-        table < 0 ? std::wstring() : m_session->tables()[static_cast<size_t>(table)].name;
+    const std::wstring current = currentTableName();
     const std::vector<DatabaseTable> before = m_session->tables();
     try {
         m_session->readTables();

@@ -19,6 +19,7 @@ constexpr Entry entries[] = {
     {1, TextMenuOpen, Command::Open, L"Ctrl+O"},
     {1, TextMenuConnect, Command::Connect, L"Ctrl+Shift+O"},
     {1, TextMenuSample, Command::Sample},
+    {1, TextMenuReconnect, Command::Reconnect},
     {1, TextMenuClose, Command::Close, L"Ctrl+W"},
     {1, 0},
     {1, TextMenuExit, Command::Exit, L"Ctrl+Q"},

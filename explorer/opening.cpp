@@ -1,10 +1,7 @@
 #include "explorer/opening.h"
 
-#include <atomic>
 #include <chrono>
-#include <list>
 #include <system_error>
-#include <thread>
 
 #include <oviapi/application.h>
 #include <oviapi/text.h>
@@ -76,98 +73,33 @@ private:
 
 } // namespace
 
-struct BackgroundOpening::State {
-    enum Phase : int { Running, Done, GivenUp };
-
-    std::thread thread;
-    std::atomic<int> phase = Running;
-    // Written by the thread until its end.
+// Written by the thread until its end.
+struct BackgroundOpening::Answer {
     std::unique_ptr<DatabaseSession> session;
     std::exception_ptr failure;
-
-    void work(const Open& open)
-    {
-        try {
-            session = open();
-        } catch (...) { // thrown again by result
-            failure = std::current_exception();
-        }
-        if (phase.exchange(Done) == GivenUp)
-            session.reset();
-        OviAPI::Application::wakeUp();
-    }
-
-    // Those that were given up, until their threads have ended. User-interface thread only.
-    class Abandoned;
-};
-
-class BackgroundOpening::State::Abandoned {
-public:
-    static Abandoned& instance()
-    {
-        static Abandoned all;
-        return all;
-    }
-    ~Abandoned() { wait(); }
-    void wait()
-    {
-        for (const auto& each : m_states)
-            each->thread.join();
-        m_states.clear();
-    }
-    void add(std::unique_ptr<State> state)
-    {
-        m_states.remove_if([](const auto& each) {
-            if (each->phase != Done)
-                return false;
-            each->thread.join();
-            return true;
-        });
-        m_states.push_back(std::move(state));
-    }
-
-private:
-    std::list<std::unique_ptr<State>> m_states;
 };
 
 BackgroundOpening::BackgroundOpening(Open open)
-    : m_state(std::make_unique<State>())
+    : m_answer(std::make_shared<Answer>())
 {
     try {
-        m_state->thread =
-            std::thread([state = m_state.get(), open = std::move(open)] { state->work(open); });
+        m_task = std::make_unique<BackgroundTask>([answer = m_answer, open = std::move(open)] {
+            try {
+                answer->session = open();
+            } catch (...) { // thrown again by result
+                answer->failure = std::current_exception();
+            }
+        });
     } catch (const std::system_error& error) {
         throw OpenFailure(TextErrorOther, OviAPI::localeToWide(error.what()));
     }
 }
 
-BackgroundOpening::~BackgroundOpening()
-{
-    if (!m_state->thread.joinable())
-        return;
-    if (m_state->phase.exchange(State::GivenUp) == State::Done)
-        m_state->thread.join();
-    else
-        State::Abandoned::instance().add(std::move(m_state));
-}
-
-void BackgroundOpening::waitForAbandoned()
-{
-    State::Abandoned::instance().wait();
-}
-
-bool BackgroundOpening::isDone() const
-{
-    return m_state->phase == State::Done;
-}
-
 std::unique_ptr<DatabaseSession> BackgroundOpening::result()
 {
-    if (m_state->thread.joinable())
-        m_state->thread.join();
-    if (m_state->failure)
-        std::rethrow_exception(m_state->failure);
-    return std::move(m_state->session);
+    if (m_answer->failure)
+        std::rethrow_exception(m_answer->failure);
+    return std::move(m_answer->session);
 }
 
 std::unique_ptr<DatabaseSession> Opening::run(const std::wstring& name,

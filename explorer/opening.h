@@ -5,32 +5,27 @@
 #include <memory>
 
 #include "app/extform.h"
+#include "explorer/backgroundtask.h"
 #include "explorer/databasesession.h"
 
 // Opens one database on a thread of its own, from construction on. An object that goes before the
-// end gives the database up: it is closed as soon as it is open. At the end of the program such
-// threads are to be waited for.
+// end gives the database up: it is closed as soon as it is open.
 class BackgroundOpening {
 public:
     // What opens the database; runs on the thread and owns what it needs. May throw OpenFailure.
-    using Open = std::function<std::unique_ptr<DatabaseSession>()>;
+    using Open = DatabaseSession::Open;
 
     // Throws OpenFailure when there can be no thread.
     explicit BackgroundOpening(Open open);
-    ~BackgroundOpening();
-    BackgroundOpening(const BackgroundOpening&) = delete;
-    BackgroundOpening& operator=(const BackgroundOpening&) = delete;
 
-    bool isDone() const;
+    bool isDone() const { return m_task->isDone(); }
     // The open database, once; throws what the opening ended with. Only when done.
     std::unique_ptr<DatabaseSession> result();
 
-    // Waits for those that were given up; before the program's objects go.
-    static void waitForAbandoned();
-
 private:
-    struct State;
-    std::unique_ptr<State> m_state; // with the thread
+    struct Answer;
+    std::shared_ptr<Answer> m_answer; // with the thread
+    std::unique_ptr<BackgroundTask> m_task;
 };
 
 // Opens databases for one window. While it waits the window handles its events; after a second a

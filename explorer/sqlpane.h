@@ -44,6 +44,8 @@ public:
     bool isRunning() const { return m_running; }
     // Whether the statements executed last have changed anything: rows or the structure.
     bool hasChanged() const { return m_changed; }
+    // Whether the last of them has failed.
+    bool hasFailed() const { return m_answer.kind == Answer::Failed; }
     // For the status line: rows, changed rows or nothing, and how long it took.
     std::wstring status() const;
 

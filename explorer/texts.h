@@ -45,6 +45,7 @@ enum TextId : int {
     TextMenuSqlStop = 50135,
     TextMenuCommit = 50136,
     TextMenuRollBack = 50137,
+    TextMenuReconnect = 50138,
 
     // list of tables
     TextColumnName = 50201,
@@ -72,6 +73,8 @@ enum TextId : int {
     TextStateNotEncrypted = 50311,
     TextStateReadOnly = 50312,
     TextStateTransaction = 50313,
+    TextStateLost = 50314,
+    TextLostNotice = 50315,
 
     // notices in the place of a table
     TextNoticeNoDatabase = 50401,
@@ -100,6 +103,9 @@ enum TextId : int {
     TextErrorSample = 50512,
     TextErrorFolderMissing = 50513,
     TextErrorStopped = 50514,
+    TextErrorLongUser = 50515,
+    TextErrorLongPassword = 50516,
+    TextErrorLongAddress = 50517,
 
     // dialogs
     TextDialogOk = 50601,
@@ -158,6 +164,11 @@ enum TextId : int {
     TextConnectWorks = 50827,
     TextConnectNoHost = 50828,
     TextConnectPortHint = 50829,
+    TextConnectEncryption = 50830,
+    TextEncryptionUsual = 50831,
+    TextEncryptionNever = 50832,
+    TextEncryptionAlways = 50833,
+    TextEncryptionChecked = 50834,
 
     // settings
     TextSettingsTitle = 50851,

@@ -29,13 +29,13 @@ protected:
     ~LateOpening() override
     {
         release();
-        BackgroundOpening::waitForAbandoned();
+        BackgroundTask::waitForAbandoned();
     }
     std::string path() const { return m_folder.path() / "late.db"; }
     // What opens the database after release.
     BackgroundOpening::Open late()
     {
-        return [this, gate = m_gate.get_future().share()] {
+        return [this, gate = m_gate.get_future().share()]() -> std::unique_ptr<DatabaseSession> {
             gate.wait();
             auto session = std::make_unique<DatabaseSession>(path());
             m_channel = session->connection().channel();
@@ -96,7 +96,7 @@ TEST_F(LateOpening, TheUserCanGiveItUpAndItIsClosedWhenItIsOpenAtLast)
     EXPECT_EQ(m_opening.run(L"late", late()), nullptr);
     EXPECT_FALSE(m_opening.isRunning());
     release();
-    BackgroundOpening::waitForAbandoned();
+    BackgroundTask::waitForAbandoned();
     ASSERT_GT(m_channel, 0);
     DorCPP::DorConnect found;
     EXPECT_THROW(found.attach(m_channel, false), DorCPP::DorX);
