@@ -2,6 +2,9 @@
 
 #include <algorithm>
 
+#include <dorcpp/errors.h>
+#include <dorcpp/positioned.h>
+#include <dorcpp/translate.h>
 #include <dorcpp/value.h>
 
 namespace DorCPP {
@@ -42,6 +45,22 @@ bool hasUnknownType(const std::vector<ColumnInfo>& columns)
                        [](const ColumnInfo& c) { return c.type == 0; });
 }
 
+// What a positioned statement has to name: the table as the engine says, else as the SELECT does.
+void nameTable(KeyedText& text, const KeyedSelect& select, SqlDialect dialect)
+{
+    const auto at = std::find_if(text.columns.begin(), text.columns.end(),
+                                 [](const ColumnInfo& c) { return !c.table.empty(); });
+    if (at != text.columns.end()) {
+        text.schema = at->owner;
+        text.table = at->table;
+        return;
+    }
+    const SqlText from(select.from, dialect);
+    const bool qualified = from.is(1, ".");
+    text.schema = qualified ? from.foldedName(0) : std::string();
+    text.table = from.foldedName(qualified ? 2 : 0);
+}
+
 Answer keyedAnswer(const std::shared_ptr<Session>& session, Driver& driver,
                    const StatementText& statement, const KeyedSelect& select, const TableKey& key)
 {
@@ -50,8 +69,9 @@ Answer keyedAnswer(const std::shared_ptr<Session>& session, Driver& driver,
     text.from = select.from;
     text.alias = select.alias;
     text.key = key;
-    text.columns = driver.describe(statement.sql);
+    text.columns = driver.describe(statement.sql.source());
     keepOwnSources(text.columns, select, driver.dialect());
+    nameTable(text, select, driver.dialect());
     RowKeys keys = key.rowId ? RowKeys() : RowKeys(key.columns.size());
     driver.readKeys(keyPassText(select, key.columns), statement.parameters, key, keys);
 
@@ -64,22 +84,50 @@ Answer keyedAnswer(const std::shared_ptr<Session>& session, Driver& driver,
     return answer;
 }
 
+std::optional<std::string> translation(Session& session, Driver& driver, const SqlText& sql)
+{
+    return translated(sql, [&](const std::string& schema, const std::string& table) {
+        return session.columnsOf(driver, schema, table);
+    });
+}
+
+// The name of the answer's table in a statement that changes its row.
+std::string targetName(const KeyedText& text, const PositionedText& p, SqlDialect dialect)
+{
+    const bool sameTable = sameName(p.table, text.table, dialect);
+    const bool sameSchema = p.schema.empty() || sameName(p.schema, text.schema, dialect);
+    if (!sameTable || !sameSchema)
+        throw makeError(CodeNotUpdatable, "the rows come from " + quoteName(text.table));
+    return text.schema.empty() ? p.target : quoteName(text.schema) + '.' + quoteName(text.table);
+}
+
+// Whether anything tells the row from another one that got its key.
+bool isGuarded(const KeyedText& text)
+{
+    return !text.key.version.empty() ||
+           std::any_of(text.columns.begin(), text.columns.end(),
+                       [](const ColumnInfo& c) { return !c.table.empty(); });
+}
+
 } // namespace
 
 Answer executeStatement(const std::shared_ptr<Session>& session, Driver& driver,
                         const StatementText& statement)
 {
-    const SqlText text(statement.sql, driver.dialect());
+    const SqlText& text = statement.sql;
     if (text.count() == 0)
         return {};
     if (text.is(0, "select")) {
-        driver.prepare(statement.sql, statement.prepared); // the engine's say on the text itself
+        // the engine's say on the text itself
+        driver.prepare(text.source(), statement.prepared);
         const KeyedSelect select = readSelect(text);
         TableKey key;
         if (decideKeyed(driver, select, key))
             return keyedAnswer(session, driver, statement, select, key);
     }
-    StatementResult result = driver.run(statement.sql, statement.parameters, statement.prepared);
+    const std::optional<std::string> other = translation(*session, driver, text);
+    StatementResult result =
+        driver.run(other ? *other : text.source(), statement.parameters, statement.prepared);
     if (kindOf(text) == StatementKind::SessionState)
         driver.settingsChanged();
     Answer answer;
@@ -94,6 +142,33 @@ Answer executeStatement(const std::shared_ptr<Session>& session, Driver& driver,
     answer.rows = std::make_unique<SpooledRows>(std::move(result.rows));
     fillTypes(answer.columns, *answer.rows, answer.rows->count() > 0 && answer.rows->seek(0));
     return answer;
+}
+
+void changeRow(Session& session, Driver& driver, const StatementText& statement, Answer& answer)
+{
+    const PositionedText positioned = readPositioned(statement.sql);
+    const KeyedText* keyed = answer.rows->keyedText();
+    if (!keyed || !isGuarded(*keyed))
+        throw makeError(CodeNotUpdatable, OviAPI::Phrase::DbDetailNotOneTable);
+    const SqlDialect dialect = statement.sql.dialect();
+    RowStatement change;
+    change.text = positioned.textFor(targetName(*keyed, positioned, dialect));
+    if (auto other = translation(session, driver, SqlText(change.text, dialect)))
+        change.text = std::move(*other);
+    change.parameters = statement.parameters;
+    change.deletes = positioned.deletes;
+    answer.rows->modify(change, driver);
+    answer.changed = 1;
+}
+
+std::string engineText(Session& session, Driver& driver, const SqlText& sql)
+{
+    if (isPositioned(sql)) {
+        const PositionedText positioned = readPositioned(sql);
+        const SqlText change(positioned.textFor(positioned.target), sql.dialect());
+        return translation(session, driver, change).value_or(change.source());
+    }
+    return translation(session, driver, sql).value_or(sql.source());
 }
 
 } // namespace DorCPP

@@ -16,9 +16,9 @@ struct Answer {
     int64_t changed = 0;
 };
 
-// A statement text (UTF-8) with its values.
+// A statement (UTF-8) with its values.
 struct StatementText {
-    std::string sql;
+    SqlText sql;
     Parameters parameters;
     bool prepared = false;
 };
@@ -27,5 +27,13 @@ struct StatementText {
 // Throws DorX.
 Answer executeStatement(const std::shared_ptr<Session>& session, Driver& driver,
                         const StatementText& statement);
+
+// Executes a positioned statement on the row that the answer's rows were moved to last; the answer
+// and its other rows stay. Throws DorX: CodeNotUpdatable when the rows cannot be changed or are not
+// of the table that the statement names, CodeRowGone, CodeRowChanged.
+void changeRow(Session& session, Driver& driver, const StatementText& statement, Answer& answer);
+
+// The statement as the engine gets it: translated; a positioned one without its WHERE clause.
+std::string engineText(Session& session, Driver& driver, const SqlText& sql);
 
 } // namespace DorCPP

@@ -125,11 +125,12 @@ void putWide(void* text, size_t i, wchar_t c)
 Charset getStdCharset()
 {
     // Asked for every text cell, and the answer rarely changes.
-    thread_local std::string name = "UTF-8";
+    constexpr size_t longest = 31; // characters that are compared; longer names have no set here
+    thread_local char name[longest + 1] = "UTF-8";
     thread_local Charset charset = Charset::Utf8;
     const char* codeset = nl_langinfo(CODESET);
-    if (name != codeset) {
-        name = codeset;
+    if (std::strncmp(name, codeset, longest) != 0) {
+        std::strncpy(name, codeset, longest);
         charset = charsetNamed(codeset);
     }
     return charset;

@@ -6,77 +6,12 @@
 #include <mutex>
 #include <string>
 
-#include <dorcpp/answer.h>
 #include <dorcpp/charset.h>
+#include <dorcpp/cursorstate.h>
 #include <dorcpp/errors.h>
-#include <dorcpp/execution.h>
 #include <dorcpp/value.h>
 
 namespace DorCPP {
-
-// What cursors with the same handle share.
-struct CursorState {
-    // A value that is being replaced.
-    struct Pending {
-        size_t column;
-        Value::Kind kind;
-        std::string bytes;
-    };
-
-    std::shared_ptr<Session> session;
-    int handle = 0;
-    int mode = 0;
-    std::string name;
-    std::shared_ptr<Execution> execution; // the latest asynchronous one
-    bool answerTaken = true;
-    Answer answer;
-    DorX error;
-    int64_t position = 0;           // 0 before the first row, count + 1 behind the last
-    bool onRow = false;             // the row at the position is there
-    std::vector<ValueState> states; // of the current row, by column
-    std::vector<bool> asked;        // whether getData set the state
-    std::unique_ptr<Pending> pending;
-
-    void take(Answer&& a)
-    {
-        answer = std::move(a);
-        position = 0;
-        onRow = false;
-        states.assign(answer.columns.size(), ValueState::Exact);
-        asked.assign(answer.columns.size(), false);
-    }
-    int64_t rowCount() const { return answer.rows ? answer.rows->count() : 0; }
-
-    // Index of a column, from 0.
-    size_t columnAt(int column) const
-    {
-        if (column < 1 || static_cast<size_t>(column) > answer.columns.size())
-            throw makeError(CodeBadCall, "there is no column " + std::to_string(column));
-        return static_cast<size_t>(column) - 1;
-    }
-    // The value of a column of the current row.
-    Value valueAt(size_t column)
-    {
-        if (!onRow)
-            throw makeError(position == 0 ? CodeBadCall : CodeNoRow, "no row was fetched");
-        if (!answer.rows->seek(position - 1)) // read anew since the fetch
-            throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(position));
-        return answer.rows->value(column);
-    }
-    void writePending()
-    {
-        const auto written = std::move(pending);
-        if (!written)
-            return;
-        const ColumnInfo& column = answer.columns[written->column];
-        RowStatement statement;
-        statement.text = "UPDATE " + quoteName(column.owner) + '.' + quoteName(column.table) +
-                         " SET " + quoteName(column.column) + " = " +
-                         numberedParameter(session->dialect(), 1);
-        statement.parameters = {{1, {written->kind, 0, 0, std::move(written->bytes)}}};
-        answer.rows->modify(statement);
-    }
-};
 
 namespace {
 
@@ -119,20 +54,16 @@ bool putName(const std::string& utf8, char (&field)[t_ParamDesc::nameSize], uint
     return n == name.size();
 }
 
-StatementText statementOf(const char* sql)
+StatementText statementOf(const char* sql, SqlDialect dialect)
 {
-    StatementText text;
-    text.sql = fromClient(sql ? sql : "");
-    return text;
+    return {SqlText(fromClient(sql ? sql : ""), dialect), {}, false};
 }
 
-StatementText statementOf(const DorStatement& statement, const BindMap* binds)
+StatementText statementOf(const DorStatement& statement, const BindMap* binds, SqlDialect dialect)
 {
     if (!statement.isCreated())
         throw makeError(CodeBadCall, "the statement has not been created");
-    StatementText text;
-    text.sql = statement.text();
-    text.prepared = true;
+    StatementText text{SqlText(statement.text(), dialect), {}, true};
     if (!binds)
         return text;
     for (const auto& [number, value] : binds->values()) {
@@ -144,40 +75,6 @@ StatementText statementOf(const DorStatement& statement, const BindMap* binds)
                                          : parameterFrom(value.type, value.data, value.length));
     }
     return text;
-}
-
-void executeNow(CursorState& s, const StatementText& statement)
-{
-    s.take(Answer());
-    const StatementKind kind = kindOf(SqlText(statement.sql, s.session->dialect()));
-    if (kind == StatementKind::Empty)
-        return;
-    const Session::Use driver(*s.session);
-    Answer answer = executeStatement(s.session, *driver, statement);
-    s.session->noteExecuted(kind);
-    s.take(std::move(answer));
-}
-
-void startStatement(CursorState& s, StatementText statement, DorCursor::Handler* handler)
-{
-    s.writePending();
-    s.error = DorX();
-    if (!handler) {
-        executeNow(s, statement);
-        return;
-    }
-    s.take(Answer());
-    s.execution = Execution::start(s.session, std::move(statement), *handler);
-    s.answerTaken = false;
-}
-
-void dropAnswer(CursorState& s)
-{
-    if (s.execution && !s.execution->isFinished())
-        s.execution->cancel();
-    s.execution = nullptr;
-    s.answerTaken = true;
-    s.take(Answer());
 }
 
 void probeSession(Session& session)
@@ -261,14 +158,13 @@ void DorCursor::close()
 {
     if (!m_state)
         return;
-    CursorState& s = *m_state;
     try {
-        s.writePending();
-    } catch (const DorX&) {
-        dropAnswer(s);
+        m_state->writePending();
+    } catch (...) {
+        m_state->drop();
         throw;
     }
-    dropAnswer(s);
+    m_state->drop();
 }
 
 CursorState& DorCursor::state() const
@@ -285,20 +181,20 @@ CursorState& DorCursor::idleState() const
         return s;
     if (!s.execution->isFinished())
         throw makeError(CodeBusy, OviAPI::Phrase::DbDetailCursorBusy);
-    s.answerTaken = true;
-    s.error = s.execution->error();
-    s.take(s.execution->takeAnswer());
+    s.takeFinished();
     return s;
 }
 
 void DorCursor::execute(const char* sql, Handler* handler)
 {
-    startStatement(idleState(), statementOf(sql), handler);
+    CursorState& s = idleState();
+    s.execute(statementOf(sql, s.session->dialect()), handler);
 }
 
 void DorCursor::execute(const DorStatement& statement, const BindMap* binds, Handler* handler)
 {
-    startStatement(idleState(), statementOf(statement, binds), handler);
+    CursorState& s = idleState();
+    s.execute(statementOf(statement, binds, s.session->dialect()), handler);
 }
 
 bool DorCursor::isRunning() const
@@ -353,8 +249,7 @@ int64_t DorCursor::changedRowCount() const
 
 bool DorCursor::isKeyed() const
 {
-    const CursorState& s = idleState();
-    return s.answer.rows && s.answer.rows->isKeyed() && !(s.mode & ModeReadOnly);
+    return idleState().isUpdatable();
 }
 
 void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* rows)
@@ -362,7 +257,8 @@ void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* row
     CursorState& s = idleState();
     if (!s.answer.rows)
         throw makeError(CodeBadCall, "the cursor has no answer");
-    s.writePending();
+    if (s.pending)
+        s.writePending();
     const int64_t count = s.rowCount();
     const int64_t target = targetRow(s, direction, row);
     if (rows)
@@ -370,19 +266,18 @@ void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* row
     if (target < 1 || target > count) {
         if (direction == FetchNext || direction == FetchPrevious) {
             s.position = target < 1 ? 0 : count + 1;
-            s.onRow = false;
+            s.row = CursorState::Row::None;
         }
         throw makeError(CodeNoRow);
     }
-    s.onRow = false; // stays so when the row cannot be read
-    const bool there = s.answer.rows->seek(target - 1);
+    s.row = CursorState::Row::None; // stays so when the row cannot be read
+    s.answer.rows->seek(target - 1);
     s.position = target;
-    std::fill(s.asked.begin(), s.asked.end(), false);
+    s.noteRow();
     if (reached)
         *reached = target;
-    if (!there)
+    if (s.row == CursorState::Row::Gone)
         throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(target));
-    s.onRow = true;
 }
 
 int64_t DorCursor::position() const
@@ -405,8 +300,7 @@ ValueState DorCursor::getData(int column, int clientType, void* buffer, size_t c
     }
     size_t stored = 0;
     const ValueState state = deliver(value, clientType, buffer, capacity, stored);
-    s.states[i] = state;
-    s.asked[i] = true;
+    s.found[i] = {state, s.reading};
     if (indicator)
         *indicator = state == ValueState::Null ? 1 : 0;
     if (length)
@@ -418,8 +312,8 @@ ValueState DorCursor::valueState(int column) const
 {
     CursorState& s = idleState();
     const size_t i = s.columnAt(column);
-    if (s.asked[i])
-        return s.states[i];
+    if (s.found[i].reading == s.reading)
+        return s.found[i].state;
     return s.valueAt(i).kind == Value::Null ? ValueState::Null : ValueState::Exact;
 }
 
@@ -433,7 +327,6 @@ int64_t DorCursor::getBlobLen(int column)
 {
     CursorState& s = idleState();
     const size_t i = s.columnAt(column);
-    s.writePending();
     const Value value = s.valueAt(i);
     if (value.kind == Value::Integer)
         return static_cast<int64_t>(numberText(value.integer).size());
@@ -446,7 +339,6 @@ size_t DorCursor::getBlob(int column, int64_t offset, void* buffer, size_t size)
 {
     CursorState& s = idleState();
     const size_t i = s.columnAt(column);
-    s.writePending();
     const Value value = s.valueAt(i);
     std::string number;
     std::string_view bytes = value.bytes();
@@ -471,13 +363,16 @@ void DorCursor::clearBlob(int column)
     const size_t i = s.columnAt(column);
     if (s.pending && s.pending->column != i)
         s.writePending();
-    s.valueAt(i); // there must be a row
-    if (!isKeyed() || s.answer.columns[i].column.empty())
+    s.requireRow();
+    if (!s.isUpdatable() || s.answer.columns[i].table.empty())
         throw makeError(CodeNotUpdatable, s.answer.columns[i].label);
     const int type = s.answer.columns[i].type;
     const bool bytes = type == TypeBlob || type == TypeByte || type == TypeVarbyte;
-    s.pending = std::make_unique<CursorState::Pending>(
-        CursorState::Pending{i, bytes ? Value::Blob : Value::Text, {}});
+    auto pending = std::make_unique<CursorState::Pending>();
+    pending->column = i;
+    pending->kind = bytes ? Value::Blob : Value::Text;
+    pending->value = std::make_unique<BigValue>();
+    s.pending = std::move(pending);
 }
 
 void DorCursor::appendBlob(int column, const void* data, size_t size)
@@ -485,12 +380,17 @@ void DorCursor::appendBlob(int column, const void* data, size_t size)
     CursorState& s = idleState();
     const size_t i = s.columnAt(column);
     if (!s.pending || s.pending->column != i) {
-        std::string before(static_cast<size_t>(getBlobLen(column)), 0);
-        before.resize(getBlob(column, 0, before.data(), before.size()));
+        auto before = std::make_unique<BigValue>();
+        std::vector<char> piece(std::min<size_t>(static_cast<size_t>(getBlobLen(column)), 1 << 20));
+        int64_t at = 0;
+        while (const size_t n = getBlob(column, at, piece.data(), piece.size())) {
+            before->append(piece.data(), n);
+            at += static_cast<int64_t>(n);
+        }
         clearBlob(column);
-        s.pending->bytes = std::move(before);
+        s.pending->value = std::move(before);
     }
-    s.pending->bytes.append(static_cast<const char*>(data), size);
+    s.pending->value->append(data, size);
 }
 
 int DorCursor::blobType(int column) const

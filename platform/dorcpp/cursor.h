@@ -18,9 +18,19 @@ struct CursorState;
 // numbered from 1.
 //
 // A SELECT of one table is read by row keys: the rows are found once, and each is read when it is
-// asked for, so changes made meanwhile are seen and a row that was deleted meanwhile is missing
+// fetched, so changes made meanwhile are seen and a row that was deleted meanwhile is missing
 // (CodeRowGone, the cursor stays usable). Every other answer is copied to a temporary file when the
 // statement is executed. Between two calls a cursor holds no lock and no transaction.
+//
+// "UPDATE t SET .. WHERE CURRENT OF CURSOR" and "DELETE FROM t WHERE CURRENT OF CURSOR" change the
+// row at the position, and only as long as it is what the fetch has read; answer and position stay.
+// A fetched row never changes by itself: it is read anew by a fetch (rows are read in blocks, and a
+// block again after the session has changed rows by any other statement) and by the cursor's own
+// change, which leaves the other rows as they were read. After a DELETE the row is missing.
+//
+// INSERT, UPDATE and DELETE may hold what the engines do not know: Hex('..'), EXTFILE('..'),
+// DEFAULT as a value, dates as 'mm/dd/yyyy:hh:mi:ss.ff'. Every other text reaches the engine byte
+// for byte.
 //
 // A cursor belongs to one thread. All calls throw DorX; CodeBusy while a statement runs
 // asynchronously on the cursor, except from close, isRunning, isInCallback and the destructor.
@@ -52,13 +62,19 @@ public:
     int handle() const;
 
     // Drops the answer. Of a running statement: returns at once, the statement is cancelled and its
-    // handler still called. The cursor can execute again.
+    // handler still called. The cursor can execute again, also where this throws because the last
+    // value of clearBlob and appendBlob could not be written. The destructor says nothing of that.
     virtual void close();
 
     // Executes one statement; an empty text does nothing and keeps no answer. With a handler it
     // returns at once, the statement runs on a connection of its own (on the session's when a
     // transaction is open, the database is in memory, or the session has settings of its own), and
-    // the handler gets every error of the statement.
+    // the handler gets every error of the statement. Where execute itself throws, as it does when
+    // no thread can be made, the handler is never called. A positioned statement runs on the
+    // session's connection; it throws CodeBadCall or CodeNoRow where no row was fetched,
+    // CodeRowGone where it has gone, CodeNotUpdatable where the cursor only reads, the answer is
+    // not read by row keys or the statement names another table, and CodeRowChanged when another
+    // session has changed the row. The answer stays in any case.
     void execute(const char* sql, Handler* handler = nullptr);
     // The values are copied. binds may be null.
     void execute(const DorStatement& statement, const BindMap* binds, Handler* handler = nullptr);
@@ -107,9 +123,10 @@ public:
     // bytes read, less than size only at the end.
     size_t getBlob(int column, int64_t offset, void* buffer, size_t size);
     // Replace the value of a column of the current row: clearBlob starts with an empty value,
-    // appendBlob adds to it (to the value there is when clearBlob was not called). The new value is
-    // written once, when the cursor moves, executes, reads that value in pieces or is closed.
-    // CodeNotUpdatable where the answer is not read by row keys or the column is an expression.
+    // appendBlob adds to it (to the value there is when clearBlob was not called). The new value
+    // lies in a temporary file when it is long, and is written once, when the cursor moves,
+    // executes, reads that value or is closed. CodeNotUpdatable where the answer is not read by row
+    // keys or the column is an expression.
     void clearBlob(int column);
     void appendBlob(int column, const void* data, size_t size);
     // The column's type code for a value that may be read in pieces.

@@ -53,6 +53,8 @@ struct TableKey {
 
 // Where the rows of a keyed answer come from.
 struct KeyedText {
+    std::string schema; // of the table, as the engine looks it up; empty when it is not known
+    std::string table;
     std::string list; // of the user's SELECT
     std::string from;
     std::string alias;
@@ -89,7 +91,7 @@ public:
     virtual SqlDialect dialect() const = 0;
     virtual bool isReadOnly() const = 0;
     // Another connection to the same database, for statements that run beside this one; null when
-    // only this one can see it.
+    // only this one can see it. From any thread, also while another thread uses this one.
     virtual std::unique_ptr<Driver> duplicate() const = 0;
     virtual bool inTransaction() const = 0;
     // Asks the engine for a sign of life.

@@ -14,9 +14,17 @@ namespace DorCPP {
 // isFinished, then to the cursor; a cursor that was closed meanwhile just lets go.
 class Execution : public std::enable_shared_from_this<Execution> {
 public:
-    // Chooses the connection and starts the worker. Throws DorX when that cannot be done.
+    Execution(const std::shared_ptr<Session>& session, StatementText statement);
+
+    // Chooses the connection and starts the worker; waits for nobody. Throws DorX when no thread
+    // can be made: the handler is not called then.
     static std::shared_ptr<Execution> start(const std::shared_ptr<Session>& session,
                                             StatementText statement, DorCursor::Handler& handler);
+    // The same with a positioned statement, on the row that the answer stands on: the execution has
+    // the answer until it is finished, and takeAnswer gives it back. Where this throws it is back.
+    static std::shared_ptr<Execution> startOnRow(const std::shared_ptr<Session>& session,
+                                                 StatementText statement, Answer& answer,
+                                                 DorCursor::Handler& handler);
 
     // Returns at once; the statement ends soon. No interruption is under way when the statement's
     // connection is used again.
@@ -42,14 +50,19 @@ private:
         Driver& m_driver;
     };
 
+    static void startWorker(const std::shared_ptr<Execution>& execution,
+                            DorCursor::Handler& handler, bool elsewhere);
     void run(DorCursor::Handler& handler, bool elsewhere);
+    void throwIfStopped() const;
+    bool isAlive(Driver& driver);
     void execute(Driver& driver);
     void executeHere();
     void executeElsewhere();
 
     std::shared_ptr<Session> m_session;
     StatementText m_statement;
-    StatementKind m_kind = StatementKind::Empty;
+    StatementKind m_kind;
+    bool m_onRow = false;
     std::atomic<bool> m_stop = false;
     std::atomic<bool> m_finished = false;
     std::atomic<bool> m_inCallback = false;

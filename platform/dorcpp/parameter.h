@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,10 @@ struct Parameter {
     int64_t integer = 0;
     double real = 0;
     std::string bytes;
+    // The bytes of a long value that lie elsewhere and outlive the statement, instead of `bytes`.
+    std::string_view outside;
+
+    std::string_view allBytes() const { return outside.data() ? outside : bytes; }
 };
 // The value, whose bytes stay where they are.
 inline Value valueOf(const Parameter& parameter)
@@ -24,8 +29,9 @@ inline Value valueOf(const Parameter& parameter)
     value.kind = parameter.kind;
     value.integer = parameter.integer;
     value.real = parameter.real;
-    value.data = parameter.bytes.data();
-    value.held = value.length = parameter.bytes.size();
+    const std::string_view bytes = parameter.allBytes();
+    value.data = bytes.data();
+    value.held = value.length = bytes.size();
     return value;
 }
 

@@ -6,6 +6,35 @@
 
 namespace DorCPP {
 
+namespace {
+
+// Adds a row of another block at the end; returns its place.
+int copyRow(const RowBlock& from, size_t row, RowBlock& to)
+{
+    to.beginRow();
+    for (size_t i = 0; i < from.columns(); ++i) {
+        const Value value = from.value(row, i);
+        switch (value.kind) {
+        case Value::Null:
+            to.addNull();
+            break;
+        case Value::Integer:
+            to.addInteger(value.integer);
+            break;
+        case Value::Real:
+            to.addReal(value.real);
+            break;
+        case Value::Text:
+        case Value::Blob:
+            to.addBytes(value.kind, value.data, value.length);
+            break;
+        }
+    }
+    return static_cast<int>(to.rows()) - 1;
+}
+
+} // namespace
+
 bool SpooledRows::seek(int64_t row)
 {
     m_row = row;
@@ -17,7 +46,7 @@ size_t SpooledRows::piece(size_t column, uint64_t offset, void* buffer, size_t s
     return m_rows->piece(m_row, column, offset, buffer, size);
 }
 
-void SpooledRows::modify(const RowStatement&)
+void SpooledRows::modify(const RowStatement&, Driver&)
 {
     throw makeError(CodeNotUpdatable, OviAPI::Phrase::DbDetailNotOneTable);
 }
@@ -39,21 +68,20 @@ bool KeyedRows::use(int64_t row)
     m_current->lastUse = ++m_clock;
     m_row = row;
     m_place = m_current->places[static_cast<size_t>(row - m_current->first)];
-    return m_place >= 0 && !m_keys.isGone(static_cast<size_t>(row));
+    if (m_keys.isGone(static_cast<size_t>(row)))
+        m_place = -1;
+    return m_place >= 0;
 }
 
 bool KeyedRows::findLoaded(int64_t row)
 {
-    if (m_changes != m_session->changes()) {
-        for (Block& block : m_blocks)
-            block.places.clear();
-        m_changes = m_session->changes();
-        return false;
-    }
-    if (m_current->holds(row))
+    const uint64_t changes = m_session->changes();
+    const auto holds = [&](const Block& block) {
+        return block.holds(row) && block.changes == changes;
+    };
+    if (holds(*m_current))
         return true;
-    const auto at = std::find_if(m_blocks.begin(), m_blocks.end(),
-                                 [&](const Block& block) { return block.holds(row); });
+    const auto at = std::find_if(m_blocks.begin(), m_blocks.end(), holds);
     if (at == m_blocks.end())
         return false;
     m_current = &*at;
@@ -78,6 +106,7 @@ void KeyedRows::load(int64_t row, Driver& driver)
     block.places.clear(); // holds nothing until all was read
     places.assign(static_cast<size_t>(size), -1);
     block.first = first;
+    block.changes = m_session->changes();
     driver.readRows(m_text, m_keys, static_cast<size_t>(first), block.rows, places);
     if (row >= first + static_cast<int64_t>(places.size())) { // long rows: begin at the wanted one
         block.rows.clear();
@@ -117,15 +146,41 @@ size_t KeyedRows::piece(size_t column, uint64_t offset, void* buffer, size_t siz
                              size);
 }
 
-void KeyedRows::modify(const RowStatement& statement)
+void KeyedRows::modify(const RowStatement& statement, Driver& driver)
 {
-    {
-        const Session::Use driver(*m_session);
-        driver->modifyRow(m_text, m_keys, static_cast<size_t>(m_row), statement, m_current->rows,
-                          static_cast<size_t>(m_place));
+    if (!isThere())
+        throw makeError(CodeRowGone);
+    try {
+        driver.modifyRow(m_text, m_keys, static_cast<size_t>(m_row), statement, m_current->rows,
+                         static_cast<size_t>(m_place));
+    } catch (const DorX& x) {
+        if (x.code() == CodeRowChanged || x.code() == CodeRowGone)
+            m_current->changes = outdated;
+        throw;
     }
-    m_session->countChange();
-    seek(m_row);
+    const uint64_t changes = m_session->countChange();
+    for (Block& block : m_blocks) {
+        if (block.changes == changes - 1)
+            block.changes = changes;
+    }
+    if (statement.deletes)
+        m_place = -1;
+    else
+        readAnew(driver);
+}
+
+void KeyedRows::readAnew(Driver& driver)
+{
+    RowBlock row(m_current->rows.columns());
+    std::vector<int> places(1, -1);
+    try {
+        driver.readRows(m_text, m_keys, static_cast<size_t>(m_row), row, places);
+    } catch (const DorX&) {
+        m_current->changes = outdated; // the change was made; the next seek tells what is wrong
+        return;
+    }
+    m_place = places[0] < 0 ? -1 : copyRow(row, static_cast<size_t>(places[0]), m_current->rows);
+    m_current->places[static_cast<size_t>(m_row - m_current->first)] = m_place;
 }
 
 } // namespace DorCPP

@@ -18,15 +18,18 @@ class RowSource {
 public:
     virtual ~RowSource() = default;
     virtual int64_t count() const = 0;
-    // Makes the row ready for value; false when it has gone.
+    // Makes the row ready for value; false when it has gone. The row stays as it was read until the
+    // next seek or modify.
     virtual bool seek(int64_t row) = 0;
-    // A value of the row sought last; its bytes stay valid until the next call.
+    // Whether the row sought last is there; modify may have ended it.
+    virtual bool isThere() const = 0;
+    // A value of that row; its bytes stay valid until the next call.
     virtual Value value(size_t column) = 0;
     // A piece of a text or blob of that row.
     virtual size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) = 0;
     virtual bool isKeyed() const = 0;
-    // Changes or deletes that row.
-    virtual void modify(const RowStatement& statement) = 0;
+    // Changes or deletes that row, if it still is what was read; then reads it anew.
+    virtual void modify(const RowStatement& statement, Driver& driver) = 0;
     // What a positioned statement has to name; null where no row can be changed.
     virtual const KeyedText* keyedText() const = 0;
 };
@@ -40,10 +43,11 @@ public:
     }
     int64_t count() const override { return m_rows->rows(); }
     bool seek(int64_t row) override;
+    bool isThere() const override { return true; }
     Value value(size_t column) override { return m_rows->value(m_row, column); }
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return false; }
-    void modify(const RowStatement& statement) override;
+    void modify(const RowStatement& statement, Driver& driver) override;
     const KeyedText* keyedText() const override { return nullptr; }
 
 private:
@@ -52,7 +56,14 @@ private:
 };
 
 // Rows read by their keys when they are asked for, in blocks of 64 rows that double to 512 while
-// the rows are read on. A few blocks stay; they are dropped when the session changed rows.
+// the rows are read on. A few blocks stay.
+//
+// What guards a change is what the row was when it was sought last, so a row is never read anew
+// behind the back of who has seen it: only seek reads, again when the session has changed rows
+// since the block was read (its own statements, not another session's). A change through modify
+// leaves all other rows as they were read; only the changed one is read anew, so that what the
+// engine made of it is seen. A change that was refused because the row is not what was read lets
+// the next seek read.
 class KeyedRows final : public RowSource {
 public:
     KeyedRows(std::shared_ptr<Session> session, KeyedText text, RowKeys keys);
@@ -60,10 +71,11 @@ public:
     bool seek(int64_t row) override;
     // The same through a driver that the caller has.
     bool seek(int64_t row, Driver& driver);
+    bool isThere() const override { return m_place >= 0; }
     Value value(size_t column) override;
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return true; }
-    void modify(const RowStatement& statement) override;
+    void modify(const RowStatement& statement, Driver& driver) override;
     const KeyedText* keyedText() const override { return &m_text; }
 
 private:
@@ -72,6 +84,7 @@ private:
         std::vector<int> places;
         RowBlock rows;
         uint64_t lastUse = 0;
+        uint64_t changes = 0; // the session's count when the block was read
 
         int64_t end() const { return first + static_cast<int64_t>(places.size()); }
         bool holds(int64_t row) const { return row >= first && row < end(); }
@@ -79,9 +92,11 @@ private:
     bool findLoaded(int64_t row);
     void load(int64_t row, Driver& driver);
     bool use(int64_t row);
+    void readAnew(Driver& driver);
 
     static constexpr int64_t smallBlock = 64;
     static constexpr int64_t largeBlock = 512;
+    static constexpr uint64_t outdated = UINT64_MAX; // changes of a block to be read again
 
     std::shared_ptr<Session> m_session;
     KeyedText m_text;
@@ -93,7 +108,6 @@ private:
     int m_place = -1;
     int64_t m_size = smallBlock;
     uint64_t m_clock = 0;
-    uint64_t m_changes = 0; // the session's count when the blocks were read
 };
 
 } // namespace DorCPP

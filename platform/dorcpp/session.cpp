@@ -1,10 +1,12 @@
 #include <dorcpp/session.h>
 
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <utility>
 
 #include <dorcpp/errors.h>
+#include <dorcpp/sessiondriver.h>
 
 namespace DorCPP {
 
@@ -18,14 +20,16 @@ public:
         static Registry registry;
         return registry;
     }
-    int add(const std::shared_ptr<Session>& session)
+    int nextChannel()
+    {
+        const std::lock_guard lock(m_mutex);
+        return ++m_last;
+    }
+    void add(const std::shared_ptr<Session>& session)
     {
         const std::lock_guard lock(m_mutex);
         std::erase_if(m_sessions, [](const auto& entry) { return entry.second.expired(); });
-        const int channel = ++m_last;
-        if (session)
-            m_sessions[channel] = session;
-        return channel;
+        m_sessions[session->channel()] = session;
     }
     std::shared_ptr<Session> find(int channel)
     {
@@ -44,8 +48,9 @@ private:
 
 std::shared_ptr<Session> Session::open(const Target& target, int mode, bool registered)
 {
-    auto session = std::make_shared<Session>(openDriver(target), target, mode);
-    session->m_channel = Registry::instance().add(registered ? session : nullptr);
+    auto session = std::make_shared<Session>(target, mode, Registry::instance().nextChannel());
+    if (registered)
+        Registry::instance().add(session);
     return session;
 }
 
@@ -59,11 +64,13 @@ void Session::registerBefore()
     Registry::instance();
 }
 
-Session::Session(std::unique_ptr<Driver> driver, Target target, int mode)
-    : m_target(std::move(target))
-    , m_mode(mode)
-    , m_driver(std::move(driver))
+Session::Session(const Target& target, int mode, int channel)
+    : m_mode(mode)
+    , m_channel(channel)
+    , m_inMemory(target.engine == SqlDialect::Sqlite && target.path.empty())
+    , m_driver(std::make_unique<SessionDriver>(openDriver(target), channel, false))
     , m_dialect(m_driver->dialect())
+    , m_tableListText(m_driver->tableListText())
 {
 }
 
@@ -87,6 +94,7 @@ Session::Use::Use(Session& session, bool asynchronous)
 
 Session::Use::~Use()
 {
+    m_session.m_inTransaction = m_session.m_driver->inTransaction();
     {
         const std::lock_guard lock(m_session.m_mutex);
         m_session.m_used = false;
@@ -95,26 +103,17 @@ Session::Use::~Use()
     m_session.m_free.notify_all();
 }
 
-bool Session::mayRunElsewhere(StatementKind kind)
+bool Session::mayRunElsewhere(StatementKind kind) const
 {
-    if (kind != StatementKind::Query && kind != StatementKind::Modify &&
-        kind != StatementKind::Define)
-        return false;
-    if (m_hasState || m_target.path.empty())
-        return false;
-    const Use driver(*this);
-    return !driver->inTransaction();
+    const bool self = kind == StatementKind::Query || kind == StatementKind::Modify ||
+                      kind == StatementKind::Define;
+    return self && !m_inMemory && !m_hasState && !m_inTransaction;
 }
 
 std::unique_ptr<Driver> Session::takeSpare()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_spare)
-            return std::move(m_spare);
-    }
-    const Use driver(*this);
-    return driver->duplicate();
+    const std::lock_guard lock(m_mutex);
+    return std::move(m_spare);
 }
 
 void Session::giveBack(std::unique_ptr<Driver> driver)
@@ -124,12 +123,48 @@ void Session::giveBack(std::unique_ptr<Driver> driver)
         m_spare = std::move(driver);
 }
 
+void Session::noteStarting(StatementKind kind)
+{
+    if (kind == StatementKind::Transaction)
+        m_inTransaction = true;
+}
+
 void Session::noteExecuted(StatementKind kind)
 {
     if (kind == StatementKind::SessionState)
         m_hasState = true;
-    if (kind != StatementKind::Query && kind != StatementKind::Empty)
-        countChange();
+    if (kind == StatementKind::Query || kind == StatementKind::Empty)
+        return;
+    countChange();
+    if (kind != StatementKind::Modify)
+        forgetColumns();
+}
+
+std::shared_ptr<const TableColumns> Session::columnsOf(Driver& driver, const std::string& schema,
+                                                       const std::string& table)
+{
+    const auto now = std::chrono::steady_clock::now();
+    {
+        const std::lock_guard lock(m_mutex);
+        std::erase_if(m_known, [&](const KnownTable& known) {
+            return now - known.read > std::chrono::seconds(1);
+        });
+        const auto at = std::find_if(m_known.begin(), m_known.end(), [&](const KnownTable& known) {
+            return known.table == table && known.schema == schema;
+        });
+        if (at != m_known.end())
+            return at->columns;
+    }
+    auto columns = std::make_shared<const TableColumns>(driver.tableColumns(schema, table));
+    const std::lock_guard lock(m_mutex);
+    m_known.push_back({schema, table, columns, now});
+    return columns;
+}
+
+void Session::forgetColumns()
+{
+    const std::lock_guard lock(m_mutex);
+    m_known.clear();
 }
 
 } // namespace DorCPP

@@ -28,6 +28,8 @@ public:
     void read(uint64_t at, void* buffer, size_t size) const;
     uint64_t size() const { return m_size; }
     bool isOpen() const { return m_file >= 0; }
+    // Of the open file.
+    int descriptor() const { return m_file; }
 
 private:
     void open();

@@ -348,6 +348,7 @@ std::string selectWithKey(const KeyedSelect& select, const std::vector<std::stri
 
 SqlText::SqlText(std::string_view text, SqlDialect dialect)
     : m_text(text)
+    , m_dialect(dialect)
 {
     m_tokens = Tokenizer(m_text, dialect).run();
     while (!m_tokens.empty() && str(m_tokens.size() - 1) == ";")
@@ -390,6 +391,17 @@ std::string SqlText::name(size_t i) const
             ++k;
     }
     return plain;
+}
+
+std::string SqlText::foldedName(size_t i) const
+{
+    std::string folded = name(i);
+    if (m_dialect == SqlDialect::Postgresql && i < m_tokens.size() &&
+        m_tokens[i].kind == SqlToken::Word)
+        std::transform(folded.begin(), folded.end(), folded.begin(), [](char c) {
+            return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        });
+    return folded;
 }
 
 std::string SqlText::piece(size_t i, size_t end) const
@@ -486,6 +498,11 @@ std::string probeText(const KeyedSelect& select, const std::vector<std::string>&
 std::string numberedParameter(SqlDialect dialect, int number)
 {
     return (dialect == SqlDialect::Sqlite ? '?' : '$') + std::to_string(number);
+}
+
+bool sameName(std::string_view a, std::string_view b, SqlDialect dialect)
+{
+    return dialect == SqlDialect::Sqlite ? sameWord(a, b) : a == b;
 }
 
 std::string quoteName(std::string_view name)

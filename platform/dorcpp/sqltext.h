@@ -28,6 +28,8 @@ class SqlText {
 public:
     SqlText(std::string_view text, SqlDialect dialect);
 
+    const std::string& source() const { return m_text; }
+    SqlDialect dialect() const { return m_dialect; }
     const std::vector<SqlToken>& tokens() const { return m_tokens; }
     size_t count() const { return m_tokens.size(); }
     std::string_view str(size_t i) const;
@@ -37,11 +39,14 @@ public:
     bool isName(size_t i) const;
     // A name without its quotes.
     std::string name(size_t i) const;
+    // A name as the engine looks it up: on PostgreSQL one without quotes is in lower case.
+    std::string foldedName(size_t i) const;
     // The text from token i to the one before end, as written.
     std::string piece(size_t i, size_t end) const;
 
 private:
     std::string m_text;
+    SqlDialect m_dialect;
     std::vector<SqlToken> m_tokens;
 };
 
@@ -86,6 +91,9 @@ std::string probeText(const KeyedSelect& select, const std::vector<std::string>&
 
 // How the text names a parameter by its number: "?1", "$1".
 std::string numberedParameter(SqlDialect dialect, int number);
+
+// Whether two names, as the engine looks them up, name the same thing: in any case on SQLite.
+bool sameName(std::string_view a, std::string_view b, SqlDialect dialect);
 
 // The name in double quotes.
 std::string quoteName(std::string_view name);

@@ -1,5 +1,6 @@
 #include <dorcpp/statement.h>
 
+#include <dorcpp/answer.h>
 #include <dorcpp/session.h>
 #include <dorcpp/value.h>
 
@@ -11,8 +12,9 @@ void DorStatement::create(const DorConnect& connection, const char* sql, bool lo
     const std::shared_ptr<Session> session = connection.session();
     m_text = fromClient(sql ? sql : "");
     const Session::Use driver(*session);
-    const bool empty = SqlText(m_text, driver->dialect()).count() == 0;
-    m_paramCount = empty ? 0 : driver->prepare(m_text, longLived);
+    const SqlText text(m_text, driver->dialect());
+    m_paramCount =
+        text.count() == 0 ? 0 : driver->prepare(engineText(*session, *driver, text), longLived);
     m_created = true;
 }
 

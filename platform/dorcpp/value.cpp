@@ -104,6 +104,14 @@ ValueState narrowText(const Value& value, char* buffer, size_t capacity, size_t&
 {
     if (capacity == 0)
         throw makeError(CodeBadCall, "a text buffer needs at least one byte");
+    // Most texts by far are whole and ASCII, which is the same in every set.
+    if (value.kind == Value::Text && value.held == value.length && value.length < capacity &&
+        plainPrefix(value.bytes()) == value.length) {
+        std::copy_n(value.data, value.length, buffer);
+        buffer[value.length] = 0;
+        length = value.length;
+        return ValueState::Exact;
+    }
     const Shown shown = shownText(value, capacity);
     const ValueState state = shown.state;
     const size_t space = capacity - 1;
@@ -155,6 +163,12 @@ ValueState wideText(const Value& value, char* buffer, size_t capacity, size_t& l
 
 ValueState byteForm(const Value& value, char* buffer, size_t capacity, size_t& length)
 {
+    if (value.kind == Value::Blob && value.held == value.length && value.length <= capacity) {
+        length = value.length;
+        std::copy_n(value.data, length, buffer);
+        std::memset(buffer + length, 0, capacity - length);
+        return ValueState::Exact;
+    }
     std::string own;
     std::string_view bytes = value.bytes();
     ValueState state = value.kind == Value::Blob ? ValueState::Exact : ValueState::Mismatch;
@@ -436,9 +450,17 @@ ValueState deliver(const Value& value, int clientType, void* buffer, size_t capa
         throw makeError(CodeBadCall, "client type " + std::to_string(clientType));
     if (capacity < size)
         throw makeError(CodeBadCall, "the buffer is too small for the value");
-    std::memset(to, 0, capacity);
     length = size;
-    return value.kind == Value::Null ? ValueState::Null : fixedForm(value, clientType, to);
+    if (capacity > size)
+        std::memset(to + size, 0, capacity - size);
+    if (value.kind == Value::Null) {
+        std::memset(to, 0, size);
+        return ValueState::Null;
+    }
+    const ValueState state = fixedForm(value, clientType, to);
+    if (state == ValueState::Mismatch)
+        std::memset(to, 0, size);
+    return state;
 }
 
 void typeFromValue(ColumnInfo& column, const Value& value)

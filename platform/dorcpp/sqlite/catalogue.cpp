@@ -68,7 +68,8 @@ std::vector<TableColumn> SqliteDriver::tableColumns(const std::string& schema,
         found = textOf(place.get(), 0);
     }
     Use column(m_db.get(), m_cache.get("SELECT name, type, dflt_value FROM"
-                                       " pragma_table_xinfo(?1, ?2) ORDER BY cid"));
+                                       " pragma_table_xinfo(?1, ?2) WHERE hidden = 0"
+                                       " ORDER BY cid"));
     column.bind(1, table);
     column.bind(2, found);
     while (column.step()) {

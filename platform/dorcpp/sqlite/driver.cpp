@@ -109,9 +109,27 @@ SqliteDriver::SqliteDriver(const Target& target)
     , m_utf8(isUtf8(m_db.get()))
     , m_cache(m_db.get())
 {
+    sqlite3_busy_handler(
+        m_db.get(),
+        [](void* driver, int calls) {
+            return static_cast<SqliteDriver*>(driver)->waitForLock(calls) ? 1 : 0;
+        },
+        this);
 }
 
 SqliteDriver::~SqliteDriver() = default;
+
+bool SqliteDriver::waitForLock(int calls)
+{
+    const auto now = std::chrono::steady_clock::now();
+    if (calls == 0)
+        m_lockedSince = now;
+    if ((m_stop && *m_stop) ||
+        now - m_lockedSince >= std::chrono::milliseconds(m_target.lockTimeout))
+        return false;
+    DelayThread(std::min(1 + calls, 20));
+    return true;
+}
 
 bool SqliteDriver::isReadOnly() const
 {

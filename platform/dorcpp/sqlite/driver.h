@@ -1,6 +1,7 @@
 // The embedded engine as a driver.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -50,6 +51,9 @@ public:
 private:
     class ReadTransaction;
 
+    // Called while another connection has a lock; false gives up.
+    bool waitForLock(int calls);
+
     void runToEnd(sqlite3_stmt* statement, const Parameters& parameters, StatementResult& result);
     void readRange(const KeyedText& text, const RowKeys& keys, size_t first, RowBlock& block,
                    std::vector<int>& places);
@@ -61,6 +65,7 @@ private:
     bool m_utf8;            // texts lie in the database as UTF-8
     StatementCache m_cache; // goes before the connection
     const std::atomic<bool>* m_stop = nullptr;
+    std::chrono::steady_clock::time_point m_lockedSince;
 };
 
 } // namespace DorCPP::Sqlite

@@ -9,25 +9,56 @@ namespace DorCPP::Sqlite {
 
 namespace {
 
-constexpr size_t maxGuardBytes = 4096; // longer values do not guard a change
-
 // The values that were read, for the row must still hold them: its key alone may have been given to
-// another row since.
+// another row since. Of a value that is longer than what is kept of it, its kind, its length and
+// its beginning.
 struct Guard {
     std::string text;
     std::vector<Value> values;
+
+    int next(int firstNumber) const { return firstNumber + static_cast<int>(values.size()); }
+    // In groups, because the engine bounds the depth of an expression.
+    void add(const std::string& term, const Value& value)
+    {
+        constexpr size_t groupSize = 50;
+        const bool begins = values.size() % groupSize == 0;
+        if (!begins)
+            text.pop_back(); // the parenthesis
+        text += (begins ? " AND (" : " AND ") + term + ')';
+        values.push_back(value);
+    }
 };
 
-Guard guardOf(const KeyedText& text, const RowBlock& seen, size_t place, int firstNumber)
+void guardLong(Guard& guard, const std::string& name, const Value& old, int firstNumber, bool utf8)
+{
+    const bool text = old.kind == Value::Text;
+    if (text && !utf8) // its length as bytes is that of another form
+        return;
+    const std::string bytes = text ? "CAST(" + name + " AS BLOB)" : name;
+    const std::string number = std::to_string(guard.next(firstNumber));
+    const std::string term = "typeof(" + name + ") = '" + (text ? "text" : "blob") +
+                             "' AND length(" + bytes + ") = " + std::to_string(old.length) +
+                             " AND substr(" + bytes + ", 1, " + std::to_string(old.held) +
+                             ") IS ?" + number;
+    Value head = old;
+    head.kind = Value::Blob;
+    guard.add(term, head);
+}
+
+Guard guardOf(const KeyedText& text, const RowBlock& seen, size_t place, int firstNumber, bool utf8)
 {
     Guard guard;
     for (size_t i = 0; i < text.columns.size(); ++i) {
-        const Value old = seen.value(place, i);
-        if (text.columns[i].table.empty() || old.held < old.length || old.length > maxGuardBytes)
+        if (text.columns[i].table.empty())
             continue;
-        guard.text += " AND " + quoteName(text.columns[i].column) + " IS ?" +
-                      std::to_string(firstNumber++) + " COLLATE BINARY";
-        guard.values.push_back(old);
+        const Value old = seen.value(place, i);
+        const std::string name = quoteName(text.columns[i].column);
+        if (old.held < old.length) {
+            guardLong(guard, name, old, firstNumber, utf8);
+            continue;
+        }
+        guard.add(name + " IS ?" + std::to_string(guard.next(firstNumber)) + " COLLATE BINARY",
+                  old);
     }
     return guard;
 }
@@ -64,11 +95,14 @@ void SqliteDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
     const int ownParameters = prepare(statement.text, false);
     const int keyNumber = ownParameters + 1;
     const int guardNumber = keyNumber + static_cast<int>(text.key.columns.size());
-    const Guard guard = guardOf(text, seen, place, guardNumber);
+    const Guard guard = guardOf(text, seen, place, guardNumber, m_utf8);
+    const std::string sql = statement.text + whereKey(text.key, "", keyNumber) + guard.text +
+                            (statement.deletes ? " RETURNING 1" : returning(text.key));
     {
-        Use use(m_db.get(),
-                m_cache.get(statement.text + whereKey(text.key, "", keyNumber) + guard.text +
-                            (statement.deletes ? " RETURNING 1" : returning(text.key))));
+        // A text with values in it will not come again.
+        const StatementPtr own =
+            statement.parameters.empty() ? prepareOne(m_db.get(), sql, false) : nullptr;
+        Use use(m_db.get(), own ? own.get() : m_cache.get(sql));
         use.bind(statement.parameters);
         bindKey(use, keyNumber, keys, row);
         for (size_t i = 0; i < guard.values.size(); ++i)

@@ -1,3 +1,5 @@
+#include <pthread.h>
+
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
@@ -5,38 +7,12 @@
 #include <thread>
 
 #include "support.h"
+#include "waiter.h"
 
 using namespace DorCPP;
 using namespace DorTest;
 
 namespace {
-
-// Counts its calls and lets the test wait for them.
-class Waiter : public DorCursor::Handler {
-public:
-    void handler(unsigned short s, int c) override
-    {
-        const std::lock_guard lock(m_mutex);
-        status = s;
-        code = c;
-        thread = std::this_thread::get_id();
-        ++calls;
-        m_called.notify_all();
-    }
-    void wait(int count = 1)
-    {
-        std::unique_lock lock(m_mutex);
-        m_called.wait(lock, [&] { return calls >= count; });
-    }
-    unsigned short status = 99;
-    int code = 99;
-    int calls = 0;
-    std::thread::id thread;
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_called;
-};
 
 const char* const endless = "WITH RECURSIVE c(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM c) "
                             "SELECT count(*) FROM c";
@@ -125,6 +101,8 @@ TEST_F(Async, ChangesMadeBesideAreSeenByTheSession)
     waiter.wait();
     EXPECT_EQ(waiter.status, 0);
     EXPECT_EQ(other.changedRowCount(), 10);
+    EXPECT_EQ(text(cursor, 1), "row 5"); // as it was fetched
+    cursor.fetch(FetchAbsolute, 5);
     EXPECT_EQ(text(cursor, 1), "changed");
 }
 
@@ -357,4 +335,79 @@ TEST_F(Async, SeveralThreadsShareASession)
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(Async, NeitherStartNorCloseWaitsForAnotherThreadsStatement)
+{
+    fill(10);
+    DorConnect otherSession;
+    open(otherSession, path(), "");
+    DorCursor holder;
+    holder.create(otherSession, 0, nullptr, true);
+    holder.execute("BEGIN IMMEDIATE");
+    const int channel = connection.channel();
+    std::atomic<bool> ended = false;
+    std::atomic<bool> started = false;
+    std::thread waiting([&] { // has the session until the lock is free
+        DorConnect mine;
+        mine.attach(channel, true);
+        DorCursor c;
+        c.create(mine, 0, nullptr, false);
+        started = true;
+        c.execute("INSERT INTO n VALUES (1000, 'waited')");
+        ended = true;
+    });
+    while (!started)
+        DelayThread(1);
+    Waiter waiter;
+    cursor.execute(endless, &waiter);
+    cursor.close();
+    EXPECT_FALSE(ended);
+    holder.execute("ROLLBACK");
+    waiting.join();
+    waiter.wait();
+    EXPECT_EQ(waiter.status, CodeCancelled);
+}
+
+TEST_F(Async, AStatementThatWaitsForALockIsCancelled)
+{
+    fill(10);
+    DorConnect otherSession;
+    open(otherSession, path(), "");
+    DorCursor holder;
+    holder.create(otherSession, 0, nullptr, true);
+    holder.execute("BEGIN IMMEDIATE");
+    Waiter waiter;
+    cursor.execute("DELETE FROM n", &waiter);
+    cursor.close();
+    waiter.wait(); // while the lock is held
+    EXPECT_EQ(waiter.status, CodeCancelled);
+    holder.execute("ROLLBACK");
+}
+
+TEST_F(Async, WhereNoThreadCanBeMadeExecuteThrowsAndTheHandlerIsNotCalled)
+{
+    fill(10);
+    execute("SELECT i, s FROM n");
+    cursor.fetch(FetchFirst, 0);
+    Waiter waiter;
+    pthread_attr_t before;
+    pthread_attr_t huge;
+    pthread_getattr_default_np(&before);
+    pthread_getattr_default_np(&huge);
+    ASSERT_EQ(pthread_attr_setstacksize(&huge, size_t{1} << 47), 0); // more than can be addressed
+    ASSERT_EQ(pthread_setattr_default_np(&huge), 0);
+    const int onRow =
+        codeOf([&] { cursor.execute("UPDATE n SET s = 'x' WHERE CURRENT OF CURSOR", &waiter); });
+    const std::string row = text(cursor, 2);
+    const int plain = codeOf([&] { cursor.execute("SELECT 1", &waiter); });
+    pthread_setattr_default_np(&before);
+    pthread_attr_destroy(&huge);
+    pthread_attr_destroy(&before);
+    EXPECT_EQ(onRow, CodeNoMemory);
+    EXPECT_EQ(row, "row 1"); // the answer is back
+    EXPECT_EQ(plain, CodeNoMemory);
+    EXPECT_FALSE(cursor.isRunning());
+    runAndWait("SELECT 1");
+    EXPECT_EQ(waiter.calls, 0);
 }

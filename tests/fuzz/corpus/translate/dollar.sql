@@ -1,0 +1,1 @@
+UPDATE t SET u=$x$Hex('41')$x$, b=E'\'Hex(''41'')' WHERE a=$1::int

@@ -1,0 +1,1 @@
+insert into "main"."t" ("a","b","u") values (DEFAULT,Hex('41'),DEFAULT)

@@ -1,0 +1,1 @@
+INSERT INTO t VALUES (DEFAULT, x'00', 'u', '03/04/2005:06:07:08.09'), (default, ?, $1, NULL);

@@ -1,0 +1,1 @@
+UPDATE t SET u='a'EXTFILE('b')'c', b=xEXTFILE('41') U&EXTFILE('z')

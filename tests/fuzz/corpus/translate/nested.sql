@@ -1,0 +1,1 @@
+UPDATE t SET u=f(Hex('4100'), (SELECT Hex('41') FROM t WHERE d='03/04/2005')) WHERE b IS NOT Hex('')

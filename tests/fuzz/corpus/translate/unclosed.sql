@@ -1,0 +1,1 @@
+INSERT INTO t(a, b VALUES (DEFAULT, (Hex('41'

@@ -1,0 +1,1 @@
+UPDATE t SET a=DEFAULT, (b, d) = (DEFAULT, '12/31/1999') WHERE d = '01/02/2003'

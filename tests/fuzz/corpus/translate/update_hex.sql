@@ -1,0 +1,1 @@
+UPDATE "main"."t" SET "b"=Hex('00FF') WHERE CURRENT OF CURSOR;
