@@ -15,6 +15,7 @@ enum class Command {
     NextPane,
     PreviousPane,
     ToolBar,
+    Monitor,
     SqlWindow,
     SqlRun,
     SqlRunAll,

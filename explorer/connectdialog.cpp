@@ -20,6 +20,10 @@ constexpr int titleHeight = 18;     // px of a text that a titled panel shows wh
 constexpr int numberWidth = 100;    // px, at the usual text size
 constexpr int longestMessage = 6;   // lines
 
+// By Connection::Encryption.
+constexpr TextId encryptionTexts[] = {TextEncryptionUsual, TextEncryptionNever,
+                                      TextEncryptionAlways, TextEncryptionChecked};
+
 std::wstring trimmed(const std::wstring& text)
 {
     const size_t first = text.find_first_not_of(L" \t");
@@ -145,6 +149,8 @@ void ConnectDialog::createAdvanced()
     m_wait.setValue(Connection::DefaultWait);
     addRow({&m_waitLabel, &m_wait}, m_advanced);
     addRow({&m_encryptionLabel, &m_encryption}, m_advanced);
+    for (size_t i = 0; i < std::size(encryptionTexts); ++i)
+        m_encryption.insertLine(L"");
     addRow({&m_parametersLabel, &m_parameters}, m_advanced);
     OviAPI::connect<&OviAPI::WButton::onPush>(m_more, *this, &ConnectDialog::onMorePush);
     OviAPI::connect<&OviAPI::WButton::onPush>(m_advanced.button(), *this,
@@ -194,8 +200,8 @@ void ConnectDialog::loadTexts()
     m_encryptionLabel.setText(textOf(TextConnectEncryption).c_str());
     const int encryption = std::max(0, m_encryption.currentLine());
     m_encryption.clear();
-    for (const TextId line : {TextEncryptionUsual, TextEncryptionNever, TextEncryptionAlways,
-                              TextEncryptionChecked})
+    for (const TextId line :
+         {TextEncryptionUsual, TextEncryptionNever, TextEncryptionAlways, TextEncryptionChecked})
         m_encryption.insertLine(textOf(line).c_str());
     m_encryption.setCurrentLine(encryption);
     m_parametersLabel.setText(textOf(TextConnectParameters).c_str());

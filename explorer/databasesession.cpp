@@ -1,19 +1,21 @@
 #include "explorer/databasesession.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <cwctype>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 
-#include <dorcpp/charset.h>
+#include <dorcpp/catalogue.h>
 #include <dorcpp/cursor.h>
 #include <oviapi/text.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "explorer/sqltext.h"
 #include "explorer/textlookup.h"
 
 namespace fs = std::filesystem;
@@ -70,6 +72,23 @@ TextId reasonOf(const DorCPP::DorX& x)
     default:
         return TextErrorOther;
     }
+}
+
+// The columns of the list of tables.
+enum ListColumn : int { SchemaColumn = 1, NameColumn = 2, KindColumn = 3 };
+
+std::wstring lowered(std::wstring text)
+{
+    for (wchar_t& c : text)
+        c = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
+    return text;
+}
+
+// By schema; tables first, then views; by name, whatever the case.
+bool standsBefore(const DatabaseTable& a, const DatabaseTable& b)
+{
+    return std::make_tuple(a.schema, a.isView, lowered(a.name), a.name) <
+           std::make_tuple(b.schema, b.isView, lowered(b.name), b.name);
 }
 
 std::wstring textOfColumn(DorCPP::DorCursor& cursor, int column)
@@ -200,12 +219,15 @@ void DatabaseSession::readTables()
 {
     DorCPP::DorCursor cursor;
     cursor.create(m_connection, DorCPP::ModeReadOnly, nullptr, false);
-    cursor.execute(DorCPP::narrow(catalogText(), DorCPP::getStdCharset()).c_str());
+    cursor.execute(DorCPP::tableListText(m_connection).c_str());
     std::vector<DatabaseTable> tables;
     const int64_t count = cursor.selectRowCount();
     for (int64_t row = 1; row <= count; ++row) {
         cursor.fetch(DorCPP::FetchAbsolute, row);
-        tables.push_back({textOfColumn(cursor, 1), textOfColumn(cursor, 2) == L"view"});
+        tables.push_back({textOfColumn(cursor, NameColumn),
+                          textOfColumn(cursor, KindColumn) == L"view",
+                          textOfColumn(cursor, SchemaColumn)});
     }
+    std::sort(tables.begin(), tables.end(), standsBefore);
     m_tables = std::move(tables);
 }

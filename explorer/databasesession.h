@@ -40,6 +40,7 @@ private:
 struct DatabaseTable {
     std::wstring name;
     bool isView = false;
+    std::wstring schema; // empty: the usual one
 
     bool operator==(const DatabaseTable&) const = default;
 };
@@ -50,8 +51,8 @@ public:
     // name: a path or "sqlite:PATH" in multibyte text, or what else the database client knows.
     // Never waits longer than a second for a lock, nor for a pipe. Throws OpenFailure.
     explicit DatabaseSession(const std::string& name);
-    // Waits for a lock as long as the connection says. Throws OpenFailure, also for what is too long
-    // for the database client.
+    // Waits for a lock as long as the connection says. Throws OpenFailure, also for what is too
+    // long for the database client.
     DatabaseSession(const Connection& connection, const Secret& password);
 
     // As it was opened, a path made absolute.

@@ -12,7 +12,7 @@
 namespace {
 
 constexpr int iconId = 1;
-constexpr int narrowestPane = 120; // px
+constexpr int narrowestPane = 120;  // px
 constexpr int keepAliveTime = 5000; // ms
 
 } // namespace
@@ -169,6 +169,8 @@ OviAPI::SlotResult MainForm::onTab(OviAPI::Object*, int tab)
     m_menu.setShortcut(Command::SqlRun, sql ? MainMenu::shortcut(Command::Refresh) : L"");
     m_menu.check(Command::SqlWindow, sql);
     m_tools.checkCommand(Command::SqlWindow, sql);
+    if (tab == MonitorTab)
+        m_monitor.refresh();
     updateStatus();
     updateMenu();
     return 0;
@@ -232,6 +234,9 @@ void MainForm::loadTexts()
     m_lostBar.loadTexts();
     m_pane.loadTexts();
     m_sql.loadTexts();
+    m_monitor.loadTexts();
+    m_tabs.setCaption(MonitorTab, textOf(TextTabMonitor).c_str());
+    m_menu.check(Command::Monitor, m_monitor.isWatching());
     m_splitter.setAccessibleName(textOf(TextSplitterName).c_str());
     updateTitle();
     updateStatus();
@@ -257,10 +262,11 @@ void MainForm::updateStatus()
     m_status.setField(MainStatus::Connection, connection);
     std::wstring rows;
     std::wstring cell;
-    const PlaceInTable place = isSqlShown() ? PlaceInTable() : m_pane.place();
+    const bool rowsShown = m_tabs.currentTab() == RowsTab;
+    const PlaceInTable place = rowsShown ? m_pane.place() : PlaceInTable();
     if (isSqlShown())
         rows = m_sql.status();
-    else if (m_pane.hasTable())
+    else if (rowsShown && m_pane.hasTable())
         rows = place.rows == 1 ? textOf(TextStatusOneRow)
                                : textOf(TextStatusRows, groupedNumber(place.rows));
     if (place.row != 0)
@@ -281,7 +287,7 @@ void MainForm::updateMenu()
     m_menu.enable(Command::Reconnect, open && m_lost);
     m_menu.enable(Command::Close, open);
     m_menu.enable(Command::Refresh, open);
-    const bool rows = !isSqlShown() && m_pane.hasTable();
+    const bool rows = m_tabs.currentTab() == RowsTab && m_pane.hasTable();
     const bool anyRow = rows && m_pane.place().rows > 0;
     m_menu.enable(Command::FitColumns, rows);
     m_menu.enable(Command::GoToRow, anyRow);

@@ -17,6 +17,7 @@
 #include "explorer/mainmenu.h"
 #include "explorer/mainstatus.h"
 #include "explorer/maintoolbar.h"
+#include "explorer/monitorpane.h"
 #include "explorer/opening.h"
 #include "explorer/splitterbar.h"
 #include "explorer/sqlpane.h"
@@ -67,6 +68,8 @@ public:
     MainMenu& mainMenu() { return m_menu; }
     TableList& list() { return m_list; }
     TablePane& pane() { return m_pane; }
+    // On the screen while it watches.
+    MonitorPane& monitor() { return m_monitor; }
     SqlPane& sqlPane() { return m_sql; }
     OviAPI::WTabControl& tabs() { return m_tabs; }
     LostBar& lostBar() { return m_lostBar; }
@@ -101,10 +104,10 @@ private:
     void useSession(std::unique_ptr<DatabaseSession> session);
     void reconnect();
     void setLost(bool lost);
-    std::wstring currentTableName();
+    DatabaseTable currentTable();
     bool leaveDatabase(Command again);
     bool endTransaction(const char* sql);
-    void showTables(const std::wstring& current);
+    void showTables(const DatabaseTable& current);
     void showCurrentTable();
     void startCounting();
     void showChanges();
@@ -113,6 +116,7 @@ private:
     void nextPane(int step);
     bool isSqlShown() const { return m_tabs.currentTab() == SqlTab; }
     void showTab(int tab);
+    void switchMonitor(bool on);
     void showToolBar(bool shown);
     void resizeText(int kind, int step);
     void normalText();
@@ -139,10 +143,11 @@ private:
     MainToolBar m_tools;
     TableList m_list;
     SplitterBar m_splitter;
-    enum Tab : int { RowsTab = 0, SqlTab = 1 };
+    enum Tab : int { RowsTab = 0, SqlTab = 1, MonitorTab = 2 };
     OviAPI::WTabControl m_tabs;
     TablePane m_pane;
     SqlPane m_sql;
+    MonitorPane m_monitor;
     MainStatus m_status;
     TableCounter m_counter;             // goes before the session does
     Command m_afterSql = Command::None; // to be done when the statement has ended

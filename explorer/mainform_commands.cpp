@@ -82,6 +82,8 @@ void MainForm::execute(Command command)
     case Command::RollBack:
         endTransaction("ROLLBACK");
         return;
+    case Command::Monitor:
+        return switchMonitor(!m_monitor.isWatching());
     case Command::English:
         return setLanguage(TypicalOptions::DefaultLanguage);
     case Command::Russian:
@@ -271,6 +273,7 @@ void MainForm::useSession(std::unique_ptr<DatabaseSession> session)
 {
     m_session = std::move(session);
     m_sql.setConnection(&m_session->connection());
+    m_monitor.setEngine(m_session->connection().info().engine);
     m_keepAlive.start();
 }
 
@@ -302,7 +305,7 @@ void MainForm::reconnect()
         auto session = m_opening.run(m_session->displayPath(), m_again);
         if (!session)
             return;
-        const std::wstring table = currentTableName();
+        const DatabaseTable table = currentTable();
         const DatabaseSession::Open again = m_again;
         closeDatabase();
         m_again = again;
@@ -315,20 +318,19 @@ void MainForm::reconnect()
     }
 }
 
-std::wstring MainForm::currentTableName()
+DatabaseTable MainForm::currentTable()
 {
     const int table = m_list.currentTable();
-    return m_session && table >= 0 ? m_session->tables()[static_cast<size_t>(table)].name
-                                   : std::wstring();
+    return m_session && table >= 0 ? m_session->tables()[static_cast<size_t>(table)]
+                                   : DatabaseTable();
 }
 
-void MainForm::showTables(const std::wstring& current)
+void MainForm::showTables(const DatabaseTable& current)
 {
     const auto& tables = m_session->tables();
     m_filling = true;
     m_list.setTables(tables);
-    const auto found = std::find_if(tables.begin(), tables.end(),
-                                    [&](const DatabaseTable& t) { return t.name == current; });
+    const auto found = std::find(tables.begin(), tables.end(), current);
     if (found != tables.end())
         m_list.SetFocusCell(TableList::Name, found - tables.begin() + 1);
     m_filling = false;
@@ -345,8 +347,7 @@ void MainForm::showCurrentTable()
     else if (table < 0)
         m_pane.clear(TextNoticeChoose, TextNoticeChooseHint);
     else
-        m_pane.showTable(m_session->connection(),
-                         m_session->tables()[static_cast<size_t>(table)].name);
+        m_pane.showTable(m_session->connection(), m_session->tables()[static_cast<size_t>(table)]);
     updateStatus();
     updateMenu();
 }
@@ -364,7 +365,7 @@ void MainForm::startCounting()
 // Shows the tables that there are now and counts their rows.
 void MainForm::showChanges()
 {
-    const std::wstring current = currentTableName();
+    const DatabaseTable current = currentTable();
     const std::vector<DatabaseTable> before = m_session->tables();
     try {
         m_session->readTables();
@@ -383,8 +384,7 @@ void MainForm::refresh()
     if (!m_session)
         return;
     showChanges();
-    const int now = m_list.currentTable();
-    if (now >= 0 && m_session->tables()[static_cast<size_t>(now)].name == m_pane.table())
+    if (!m_pane.table().empty() && currentTable() == m_pane.source())
         m_pane.refresh();
     else
         showCurrentTable();
@@ -412,7 +412,9 @@ void MainForm::goToRow()
 void MainForm::nextPane(int step)
 {
     std::vector<OviAPI::WVisualObject*> panes{&m_list, &m_splitter};
-    if (isSqlShown()) {
+    if (m_tabs.currentTab() == MonitorTab) {
+        panes.push_back(&m_monitor.view());
+    } else if (isSqlShown()) {
         panes.insert(panes.end(), {&m_sql.editor(), &m_sql.splitter()});
         if (m_sql.view().isVisible())
             panes.push_back(&m_sql.view());
@@ -452,8 +454,27 @@ void MainForm::showTab(int tab)
     onTab(nullptr, tab);
     if (tab == SqlTab)
         m_sql.editor().setFocus();
+    else if (tab == MonitorTab)
+        m_monitor.view().setFocus();
     else if (m_pane.hasTable() && !m_list.hasFocus())
         m_pane.view().setFocus();
+}
+
+void MainForm::switchMonitor(bool on)
+{
+    if (on) {
+        m_tabs.addTab(textOf(TextTabMonitor).c_str(), &m_monitor);
+        m_monitor.create();
+        setSiblingsFont(&m_monitor, fkControls, m_options.FontControls);
+        setSiblingsFont(&m_monitor, fkRecordView, m_options.FontGrid);
+        showTab(MonitorTab);
+    } else {
+        if (m_tabs.currentTab() == MonitorTab)
+            showTab(RowsTab);
+        m_tabs.removeTab(MonitorTab);
+    }
+    m_monitor.watch(on);
+    m_menu.check(Command::Monitor, on);
 }
 
 void MainForm::showToolBar(bool shown)

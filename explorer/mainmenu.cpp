@@ -32,6 +32,7 @@ constexpr Entry entries[] = {
     {1, TextMenuPreviousPane, Command::PreviousPane, L"Shift+F6"},
     {1, 0},
     {1, TextMenuToolBar, Command::ToolBar},
+    {1, TextMenuMonitor, Command::Monitor, L"F8"},
     {0, TextMenuSql},
     {1, TextMenuSqlWindow, Command::SqlWindow, L"Ctrl+E"},
     {1, 0},

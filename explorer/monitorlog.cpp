@@ -13,8 +13,14 @@ std::string cutUtf8(std::string_view text, size_t bytes)
 
 void MonitorLog::add(const DorCPP::MonitorRecord& record)
 {
-    MonitorEntry entry{record.start, record.micros, record.rows, record.code,
-                       cutUtf8(record.text, LongestText), cutUtf8(record.message, LongestText)};
+    if (record.text.empty() && record.code == 0)
+        return; // whether the engine is alive: nothing was sent to be read
+    MonitorEntry entry{record.start,
+                       record.micros,
+                       record.rows,
+                       record.code,
+                       cutUtf8(record.text, LongestText),
+                       cutUtf8(record.message, LongestText)};
     const std::lock_guard lock(m_mutex);
     m_entries.push_back(std::move(entry));
     if (m_entries.size() > Most)

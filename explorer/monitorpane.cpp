@@ -13,17 +13,18 @@
 
 namespace {
 
-constexpr int lookInterval = 250;      // ms
-constexpr long longestCell = 2000;     // characters with the terminator
-constexpr int boxMark = 28;            // px that a check box takes beside its text
-constexpr int gap = 12;                // px
+constexpr int lookInterval = 250;       // ms
+constexpr long longestCell = 2000;      // characters with the terminator
+constexpr int boxMark = 28;             // px that a check box takes beside its text
+constexpr int gap = 12;                 // px
 constexpr int narrowestStatement = 200; // px
-constexpr int widestError = 260;       // px
+constexpr int widestError = 260;        // px
 
 // The local time of day: "14:03:59.120".
 std::wstring timeText(std::chrono::system_clock::time_point time)
 {
-    const auto since = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch());
+    const auto since =
+        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch());
     const std::time_t seconds = since.count() / 1000;
     std::tm parts{};
     localtime_r(&seconds, &parts);
@@ -71,9 +72,8 @@ MonitorPane::~MonitorPane()
 
 void MonitorPane::addTableColumn(const wchar_t* name)
 {
-    auto* column =
-        new OviAPI::aCColumn(name, static_cast<unsigned char>(OviAPI::DataType::Text), longestCell,
-                             name, 0, 0, OviAPI::aCColumn::DisplayText);
+    auto* column = new OviAPI::aCColumn(name, static_cast<unsigned char>(OviAPI::DataType::Text),
+                                        longestCell, name, 0, 0, OviAPI::aCColumn::DisplayText);
     column->readOnly = true;
     m_data.AddColDef(column); // owned by the dataset
 }

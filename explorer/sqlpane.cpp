@@ -267,7 +267,7 @@ std::wstring SqlPane::status() const
     case Answer::Changed:
         return textOf(TextSqlChanged, groupedNumber(m_answer.rows)) + L", " + duration;
     case Answer::Failed:
-        return textOf(TextSqlFailed) + L", " + duration;
+        return textOf(TextSqlFailed);
     case Answer::Stopped:
         return textOf(TextErrorStopped) + L" " + duration;
     case Answer::Done:

@@ -46,6 +46,7 @@ enum TextId : int {
     TextMenuCommit = 50136,
     TextMenuRollBack = 50137,
     TextMenuReconnect = 50138,
+    TextMenuMonitor = 50139,
 
     // list of tables
     TextColumnName = 50201,
@@ -225,4 +226,19 @@ enum TextId : int {
     TextTransactionTitle = 50924,
     TextTransactionQuestion = 50925,
     TextTransactionFailed = 50926,
+
+    // statement monitor
+    TextTabMonitor = 50951,
+    TextMonitorTime = 50952,
+    TextMonitorDuration = 50953,
+    TextMonitorRows = 50954,
+    TextMonitorStatement = 50955,
+    TextMonitorError = 50956,
+    TextMonitorCopy = 50957,
+    TextMonitorCopyHint = 50958,
+    TextMonitorClear = 50959,
+    TextMonitorClearHint = 50960,
+    TextMonitorValues = 50961,
+    TextMonitorName = 50962,
+    TextMonitorErrorNumber = 50963,
 };

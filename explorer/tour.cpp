@@ -126,7 +126,10 @@ void Tour::plan(const std::string& database)
         m_form.sqlPane().editor().setCaret({8, 1});
         InputDriver::key(ctrlEnter);
     });
-    keys("", {controlKey(letter('E'))});
+    const VirtualKey monitor(OviAPI::KeyF1 + 7);
+    keys("", {monitor, controlKey(letter('E')), ctrlEnter});
+    keys("monitor", {monitor, monitor}); // what has been seen stays
+    keys("", {monitor});
     keys("menu", {VirtualKey(letter('O'), OviAPI::ModifierAlt, L'o'), down});
     keys("", {escape, escape});
     planDialogs("");

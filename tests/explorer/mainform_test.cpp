@@ -726,7 +726,8 @@ TEST(TableCounterOf, GivesUpACountThatTakesTooLong)
     DatabaseSession session(path);
     TableCounter counter(std::chrono::milliseconds(100));
     std::vector<TableCount> counts;
-    counter.start(session.connection(), {{L"endless", true}, {L"n", false}, {L"none", false}},
+    counter.start(session.connection(),
+                  {{L"endless", true, L""}, {L"n", false, L""}, {L"none", false, L"main"}},
                   [&](size_t table, const TableCount& count) {
                       EXPECT_EQ(table, counts.size());
                       counts.push_back(count);

@@ -30,8 +30,10 @@ TEST(SqlText, DoublesQuotesInsideNames)
 
 TEST(SqlText, NamesTheTableOnceInEachStatement)
 {
-    EXPECT_EQ(selectAllText(L"x; drop table y"), L"SELECT * FROM \"x; drop table y\"");
-    EXPECT_EQ(countText(L"a\"b"), L"SELECT count(*) FROM \"a\"\"b\"");
+    EXPECT_EQ(selectAllText(tableReference(L"", L"x; drop table y")),
+              L"SELECT * FROM \"x; drop table y\"");
+    EXPECT_EQ(countText(tableReference(L"main", L"a\"b")),
+              L"SELECT count(*) FROM \"main\".\"a\"\"b\"");
 }
 
 TEST(GroupedNumber, PutsNoBreakSpacesBetweenThousands)

@@ -168,13 +168,20 @@ protected:
         sql().runAll();
         ASSERT_TRUE(ready());
     }
-    // Answers the box that asks about a transaction.
-    static void answerBox(Script& script, QMessageBox::StandardButton button, std::wstring* text)
+    // Answers the box that asks about a transaction with the button of this caption.
+    static void answerBox(Script& script, const char* caption, std::wstring* text)
     {
         script.step([] { return box() != nullptr; },
-                    [button, text] {
+                    [caption, text] {
                         *text = box()->text().toStdWString();
-                        box()->button(button)->click();
+                        for (QAbstractButton* button : box()->buttons()) {
+                            if (button->text().remove('&') == caption) {
+                                button->click();
+                                return;
+                            }
+                        }
+                        ADD_FAILURE() << OviAPI::wideToUtf8(*text);
+                        box()->accept();
                     });
     }
     static QMessageBox* box()
@@ -310,7 +317,7 @@ TEST_F(SqlWindow, ATransactionIsAskedForWhenItsStatementHasBeenStopped)
     std::wstring text;
     Script script;
     script.step([this] { return sql().isRunning(); }, [this] { EXPECT_FALSE(m_form->close()); });
-    answerBox(script, QMessageBox::Yes, &text);
+    answerBox(script, "Yes", &text);
     sql().run();
     EXPECT_TRUE(script.isDone());
     EXPECT_FALSE(m_form->isVisible());
@@ -356,19 +363,13 @@ TEST_F(SqlWindow, ShowsTablesThatAreMade)
     EXPECT_TRUE(sql().isVisible()) << "and stays where the user is";
 }
 
-TEST_F(SqlWindow, RowsOfOneTableCanBeEdited)
-{
-    execute(L"SELECT id, name FROM one ORDER BY id");
-    EXPECT_EQ(sql().view().GetDataSet()->ReadOnlyReason(2), L"");
-}
-
 TEST_F(SqlWindow, AnOpenTransactionIsToldAndCommitted)
 {
     execute(L"BEGIN; INSERT INTO one VALUES (9, 'nine');");
     EXPECT_NE(field(MainStatus::Connection).find(L", transaction open"), std::wstring::npos);
     Script script;
     std::wstring text;
-    answerBox(script, QMessageBox::Yes, &text);
+    answerBox(script, "Yes", &text);
     m_form->execute(Command::Close);
     EXPECT_TRUE(script.isDone());
     EXPECT_NE(text.find(L"A transaction is open."), std::wstring::npos);
@@ -381,7 +382,7 @@ TEST_F(SqlWindow, AnOpenTransactionIsRolledBackOnDemand)
     execute(L"BEGIN; INSERT INTO one VALUES (9, 'nine');");
     Script script;
     std::wstring text;
-    answerBox(script, QMessageBox::No, &text);
+    answerBox(script, "No", &text);
     EXPECT_TRUE(m_form->close());
     EXPECT_EQ(TestDatabase(file()).value("SELECT count(*) FROM one"), "3");
 }
@@ -392,13 +393,13 @@ TEST_F(SqlWindow, TheQuestionAboutATransactionCanKeepTheWindowOpen)
     std::wstring text;
     {
         Script script;
-        answerBox(script, QMessageBox::Cancel, &text);
+        answerBox(script, "Cancel", &text);
         EXPECT_FALSE(m_form->close());
     }
     EXPECT_TRUE(m_form->isVisible());
     {
         Script script;
-        answerBox(script, QMessageBox::Cancel, &text);
+        answerBox(script, "Cancel", &text);
         EXPECT_FALSE(m_form->openDatabase(file())) << "another database does not close it unasked";
     }
     EXPECT_TRUE(m_form->session()->connection().inTransaction());
