@@ -17,7 +17,7 @@ constexpr int lookInterval = 250;       // ms
 constexpr long longestCell = 2000;      // characters with the terminator
 constexpr int boxMark = 28;             // px that a check box takes beside its text
 constexpr int gap = 12;                 // px
-constexpr int narrowestStatement = 200; // px
+constexpr int narrowestStatement = 160; // px
 constexpr int widestError = 260;        // px
 
 // The local time of day: "14:03:59.120".
