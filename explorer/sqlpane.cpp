@@ -132,6 +132,12 @@ void SqlPane::start(const std::vector<OviAPI::SrcRange>& ranges)
             if (isOver())
                 return;
             fail(x);
+        } catch (...) { // from an event
+            if (!isOver()) {
+                m_running = false;
+                updateTools();
+            }
+            throw;
         }
         if (m_answer.kind == Answer::Failed || m_answer.kind == Answer::Stopped)
             break;
@@ -186,9 +192,10 @@ void SqlPane::takeResult()
 // error: what was thrown; the cursor may know more.
 void SqlPane::fail(const DorCPP::DorX& error)
 {
-    const DorCPP::DorX& known = m_cursor->lastError();
     m_answer.kind = Answer::Failed;
-    m_answer.error = known.code() != 0 ? known : error;
+    m_answer.error = error;
+    if (m_cursor->isCreated() && m_cursor->lastError().code() != 0)
+        m_answer.error = m_cursor->lastError();
     const OviAPI::SrcPosition place =
         faultPosition(m_text, m_range.from, m_answer.error.position());
     m_editor.setCaret(place);
@@ -203,7 +210,7 @@ void SqlPane::waitForEnd()
     const unsigned run = m_run;
     OviAPI::WTimer pulse(lookInterval);
     pulse.start();
-    while (!alive.expired() && run == m_run && m_cursor->isRunning())
+    while (!alive.expired() && run == m_run && m_cursor->isCreated() && m_cursor->isRunning())
         OviAPI::Application::procTaskEvents();
 }
 

@@ -1,11 +1,13 @@
 // The SQL window: statements, answers, history, transactions.
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
 #include <oviapi/inputdriver.h>
 #include <oviapi/text.h>
+#include <oviapi/timer.h>
 
 #include "application.h"
 #include "database.h"
@@ -333,6 +335,22 @@ TEST_F(SqlWindow, AConnectionThatGoesEndsTheStatement)
     EXPECT_TRUE(script.isDone());
     EXPECT_FALSE(sql().isRunning());
     EXPECT_EQ(sql().notice().heading(), L"No answer yet");
+}
+
+TEST_F(SqlWindow, WhatAnEventThrowsGoesThroughAndEndsTheStatement)
+{
+    sql().editor().setText(endless);
+    OviAPI::WTimer timer(20);
+    OviAPI::connect<&OviAPI::WTimer::onTimer>(timer, *m_form,
+                                              [&](OviAPI::Object*) -> OviAPI::SlotResult {
+                                                  timer.stop();
+                                                  throw std::runtime_error("thrown by an event");
+                                              });
+    timer.start();
+    EXPECT_THROW(sql().run(), std::runtime_error);
+    EXPECT_FALSE(sql().isRunning());
+    execute(L"SELECT 1");
+    EXPECT_EQ(sql().view().GetRowCount(), 1);
 }
 
 TEST_F(SqlWindow, AfterASecondAWindowWithAButtonToStopIsShown)
