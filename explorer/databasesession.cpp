@@ -104,6 +104,7 @@ std::wstring textOfColumn(DorCPP::DorCursor& cursor, int column)
 
 OpenFailure::OpenFailure(const DorCPP::DorX& error)
     : m_reason(reasonOf(error))
+    // NOLINTNEXTLINE(bugprone-throw-keyword-missing): the copy is kept, nothing is thrown
     , m_error(error)
 {
 }

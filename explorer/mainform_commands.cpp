@@ -174,8 +174,10 @@ bool MainForm::buildSample()
 
 void MainForm::openLast()
 {
-    if (m_options.LastDatabase.empty() ||
-        !openDatabase(OviAPI::wideToLocale(m_options.LastDatabase)))
+    if (!m_options.LastDatabase.empty() &&
+        openDatabase(OviAPI::wideToLocale(m_options.LastDatabase)))
+        return;
+    if (isVisible()) // not closed meanwhile
         openSample();
 }
 
