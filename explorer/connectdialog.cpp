@@ -20,6 +20,10 @@ constexpr int titleHeight = 18;     // px of a text that a titled panel shows wh
 constexpr int numberWidth = 100;    // px, at the usual text size
 constexpr int longestMessage = 6;   // lines
 
+// By Connection::Encryption.
+constexpr TextId encryptionTexts[] = {TextEncryptionUsual, TextEncryptionNever,
+                                      TextEncryptionAlways, TextEncryptionChecked};
+
 std::wstring trimmed(const std::wstring& text)
 {
     const size_t first = text.find_first_not_of(L" \t");
@@ -35,6 +39,7 @@ ConnectDialog::ConnectDialog(WExtForm& above, ExplorerOptions& options,
     : ExplorerDialog(above)
     , m_options(options)
     , m_engines(std::move(engines))
+    , m_opening(*this)
     , m_advanced(above.getResource(), hidePicture)
 {
 }
@@ -64,6 +69,7 @@ Connection ConnectDialog::connection() const
     connection.database = trimmed(m_database.text());
     connection.user = trimmed(m_user.text());
     connection.parameters = trimmed(m_parameters.text());
+    connection.encryption = std::max(0, m_encryption.currentLine());
     return connection;
 }
 
@@ -109,7 +115,7 @@ void ConnectDialog::createRecent()
 
 void ConnectDialog::createFile()
 {
-    m_file.setParent(this);
+    m_file.setParent(&content());
     m_file.create();
     for (OviAPI::WTypicalControl* control :
          std::initializer_list<OviAPI::WTypicalControl*>{&m_pathLabel, &m_path, &m_browse})
@@ -120,7 +126,7 @@ void ConnectDialog::createFile()
 
 void ConnectDialog::createServer()
 {
-    m_server.setParent(this);
+    m_server.setParent(&content());
     m_server.create();
     m_port.setRange(0, Connection::HighestPort);
     m_password.setPassword(true);
@@ -135,13 +141,16 @@ void ConnectDialog::createServer()
 void ConnectDialog::createAdvanced()
 {
     add(m_more);
-    m_advanced.setParent(this);
+    m_advanced.setParent(&content());
     m_advanced.create();
     add(m_readOnly, m_advanced);
     add(m_verify, m_advanced);
     m_wait.setRange(0, Connection::LongestWait);
     m_wait.setValue(Connection::DefaultWait);
     addRow({&m_waitLabel, &m_wait}, m_advanced);
+    addRow({&m_encryptionLabel, &m_encryption}, m_advanced);
+    for (size_t i = 0; i < std::size(encryptionTexts); ++i)
+        m_encryption.insertLine(L"");
     addRow({&m_parametersLabel, &m_parameters}, m_advanced);
     OviAPI::connect<&OviAPI::WButton::onPush>(m_more, *this, &ConnectDialog::onMorePush);
     OviAPI::connect<&OviAPI::WButton::onPush>(m_advanced.button(), *this,
@@ -158,7 +167,7 @@ void ConnectDialog::addRow(const Row& row, OviAPI::Container& parent)
 std::vector<ConnectDialog::Row> ConnectDialog::advancedRows()
 {
     if (isServer())
-        return {{&m_parametersLabel, &m_parameters}};
+        return {{&m_encryptionLabel, &m_encryption}, {&m_parametersLabel, &m_parameters}};
     return {{&m_waitLabel, &m_wait}};
 }
 
@@ -188,6 +197,13 @@ void ConnectDialog::loadTexts()
     m_verify.setText(textOf(TextConnectVerify).c_str());
     m_waitLabel.setText(textOf(TextConnectWait).c_str());
     m_wait.setSuffix(textOf(TextConnectSeconds).c_str());
+    m_encryptionLabel.setText(textOf(TextConnectEncryption).c_str());
+    const int encryption = std::max(0, m_encryption.currentLine());
+    m_encryption.clear();
+    for (const TextId line :
+         {TextEncryptionUsual, TextEncryptionNever, TextEncryptionAlways, TextEncryptionChecked})
+        m_encryption.insertLine(textOf(line).c_str());
+    m_encryption.setCurrentLine(encryption);
     m_parametersLabel.setText(textOf(TextConnectParameters).c_str());
     m_message.setText(L"");
     m_test.setText(textOf(TextConnectTest).c_str());
@@ -216,9 +232,11 @@ int ConnectDialog::layout(int width)
     } else {
         m_message.move(Margin, top, width, 0);
     }
-    const int bottom = layoutButtons({&m_test, &m_connect, &m_cancel}, width, top + rowGap);
-    m_more.move(Margin, top + rowGap, buttonWidth(m_more), fieldHeight());
-    return bottom;
+    top += rowGap;
+    m_more.move(Margin, top, buttonWidth(m_more), fieldHeight());
+    if (rowWidth({&m_more, &m_test, &m_connect, &m_cancel}) > width)
+        top += fieldHeight() + Gap; // two rows of buttons
+    return layoutButtons({&m_test, &m_connect, &m_cancel}, width, top);
 }
 
 int ConnectDialog::layoutRecent(int width, int top)
@@ -312,6 +330,8 @@ int ConnectDialog::layoutAdvanced(int width, int top)
     }
     m_waitLabel.show(!isServer());
     m_wait.show(!isServer());
+    m_encryptionLabel.show(isServer());
+    m_encryption.show(isServer());
     m_parametersLabel.show(isServer());
     m_parameters.show(isServer());
     const int bottom = layoutRows(advancedRows(), inner, inside - hideButtonRoom, y) + inner;
@@ -347,12 +367,14 @@ void ConnectDialog::fill(const Connection& connection)
     m_user.setText(connection.user.c_str());
     m_password.setText(L"");
     m_parameters.setText(connection.parameters.c_str());
+    m_encryption.setCurrentLine(connection.encryption);
     m_readOnly.setChecked(connection.readOnly);
     m_verify.setChecked(connection.verify);
     m_wait.setValue(connection.lockWait);
     const bool usual = !connection.readOnly && !connection.verify &&
                        connection.lockWait == Connection::DefaultWait &&
-                       connection.parameters.empty();
+                       connection.parameters.empty() &&
+                       connection.encryption == Connection::AsUsual;
     if (!usual)
         showAdvanced(true);
     showEngine();
@@ -452,6 +474,8 @@ OviAPI::SlotResult ConnectDialog::onHidePush(OviAPI::Object*)
 
 OviAPI::SlotResult ConnectDialog::onTestPush(OviAPI::Object*)
 {
+    if (m_opening.isRunning())
+        return 1;
     if (const auto session = open())
         say(textOf(TextConnectWorks, groupedNumber(static_cast<long>(session->tables().size()))));
     return 1;
@@ -459,6 +483,8 @@ OviAPI::SlotResult ConnectDialog::onTestPush(OviAPI::Object*)
 
 OviAPI::SlotResult ConnectDialog::onConnectPush(OviAPI::Object*)
 {
+    if (m_opening.isRunning())
+        return 1;
     m_session = open();
     if (!m_session)
         return 1;
@@ -472,8 +498,14 @@ OviAPI::SlotResult ConnectDialog::onConnectPush(OviAPI::Object*)
 
 OviAPI::SlotResult ConnectDialog::onCancelPush(OviAPI::Object*)
 {
-    closeModal(0);
+    close();
     return 1;
+}
+
+bool ConnectDialog::onClose()
+{
+    m_opening.giveUp();
+    return ExplorerDialog::onClose();
 }
 
 // Opens what the controls say; null when that fails, which is said then.
@@ -485,20 +517,21 @@ std::unique_ptr<DatabaseSession> ConnectDialog::open()
         focusFault();
         return nullptr;
     }
-    setCursor(OviAPI::CursorShape::Wait);
-    std::unique_ptr<DatabaseSession> session;
-    std::wstring failure;
+    std::wstring failure = textOf(TextErrorStopped);
+    TextId reason = TextErrorStopped;
     try {
-        session = std::make_unique<DatabaseSession>(asked, m_password.text());
+        const auto password = std::make_shared<const Secret>(m_password.text());
+        m_again = [asked, password] { return std::make_unique<DatabaseSession>(asked, *password); };
+        auto session = m_opening.run(asked.title(), m_again);
+        if (session || !isVisible())
+            return session;
     } catch (const OpenFailure& x) {
         failure = textOf(x);
+        reason = x.reason();
     }
-    setCursor(OviAPI::CursorShape::Arrow);
-    if (!session) {
-        say(failure);
-        focusFault();
-    }
-    return session;
+    say(failure);
+    focusFault(reason);
+    return nullptr;
 }
 
 void ConnectDialog::say(const std::wstring& text)
@@ -507,6 +540,18 @@ void ConnectDialog::say(const std::wstring& text)
     m_message.setToolTip(text.c_str());
     arrange();
     m_message.repaint();
+}
+
+// The field that the failure is about.
+void ConnectDialog::focusFault(TextId reason)
+{
+    OviAPI::WLineEdit* field = reason == TextErrorLongUser       ? &m_user
+                               : reason == TextErrorLongPassword ? &m_password
+                                                                 : nullptr;
+    if (!field)
+        return focusFault();
+    field->select(0, -1);
+    field->setFocus();
 }
 
 // Where a mistake is most likely.

@@ -13,6 +13,7 @@
 #include "explorer/databasesession.h"
 #include "explorer/explorerdialog.h"
 #include "explorer/exploreroptions.h"
+#include "explorer/opening.h"
 #include "panels/groupbox.h"
 #include "panels/hideabletitledpanel.h"
 
@@ -24,8 +25,15 @@ public:
     ConnectDialog(WExtForm& above, ExplorerOptions& options,
                   std::vector<DorCPP::Engine> engines = DorCPP::engines());
 
+    bool onClose() override;
+
+    // How to open it once more; with the password, which is overwritten when the last copy goes.
+    const DatabaseSession::Open& openAgain() const { return m_again; }
     // What was opened; null unless execModal gave 1.
     std::unique_ptr<DatabaseSession> takeSession() { return std::move(m_session); }
+
+    // Whether an attempt to open it has not ended yet.
+    bool isOpening() const { return m_opening.isRunning(); }
 
     // What the controls say now.
     Connection connection() const;
@@ -40,10 +48,15 @@ public:
     OviAPI::WLineEdit& pathLine() { return m_path; }
     OviAPI::WLineEdit& hostLine() { return m_host; }
     OviAPI::WLineEdit& passwordLine() { return m_password; }
+    OviAPI::WButton& browseButton() { return m_browse; }
     OviAPI::WButton& advancedButton() { return m_more; }
     HideableTitledPanel& advanced() { return m_advanced; }
+    OviAPI::WLineEdit& userLine() { return m_user; }
+    OviAPI::WLineEdit& databaseLine() { return m_database; }
+    OviAPI::WComboBox& encryptionList() { return m_encryption; }
     OviAPI::WCheckBox& readOnlyBox() { return m_readOnly; }
     OviAPI::WButton& testButton() { return m_test; }
+    OviAPI::WButton& cancelButton() { return m_cancel; }
 
 protected:
     void createControls() override;
@@ -83,6 +96,7 @@ private:
     void say(const std::wstring& text);
     std::unique_ptr<DatabaseSession> open();
     void focusFault();
+    void focusFault(TextId reason);
 
     std::vector<Row> advancedRows();
     int layoutRecent(int width, int top);
@@ -95,6 +109,8 @@ private:
     ExplorerOptions& m_options;
     std::vector<DorCPP::Engine> m_engines;
     std::unique_ptr<DatabaseSession> m_session;
+    Opening m_opening;
+    DatabaseSession::Open m_again;
     std::wstring m_fileCaption;
     std::wstring m_serverCaption;
 
@@ -124,6 +140,8 @@ private:
     OviAPI::WCheckBox m_verify;
     OviAPI::WStatic m_waitLabel;
     OviAPI::WSpinBox m_wait;
+    OviAPI::WStatic m_encryptionLabel;
+    OviAPI::WComboBox m_encryption;
     OviAPI::WStatic m_parametersLabel;
     OviAPI::WLineEdit m_parameters;
     OviAPI::WStatic m_message;

@@ -64,8 +64,14 @@ std::string Connection::databaseName() const
     if (port != 0)
         name += ":" + std::to_string(port);
     name += "/" + percentEncoded(database);
+    constexpr const char* modes[] = {"", "disable", "require", "verify-full"};
+    const char* separator = "?";
+    if (encryption != AsUsual) {
+        name += std::string("?sslmode=") + modes[encryption];
+        separator = "&";
+    }
     if (!parameters.empty())
-        name += "?" + OviAPI::wideToUtf8(parameters);
+        name += separator + OviAPI::wideToUtf8(parameters);
     return name;
 }
 

@@ -23,6 +23,13 @@ struct Connection {
     std::wstring database;
     std::wstring user;
     std::wstring parameters;
+    enum Encryption : int32_t {
+        AsUsual = 0, // as the client has it
+        Never = 1,
+        Always = 2,  // whoever the server is
+        Checked = 3, // with a certificate for the name of the host
+    };
+    int32_t encryption = AsUsual;
     // Both. The wait for another program's lock, s.
     bool readOnly = false;
     int32_t lockWait = DefaultWait;

@@ -1,19 +1,21 @@
 #include "explorer/databasesession.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <cwctype>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 
-#include <dorcpp/charset.h>
+#include <dorcpp/catalogue.h>
 #include <dorcpp/cursor.h>
 #include <oviapi/text.h>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "explorer/sqltext.h"
 #include "explorer/textlookup.h"
 
 namespace fs = std::filesystem;
@@ -48,6 +50,18 @@ void checkFile(const std::string& path)
         throw OpenFailure(TextErrorPermission, systemWords(errno));
 }
 
+// A client of a server takes no longer texts; they would be cut.
+void checkLengths(const std::string& user, const std::string& password, const std::string& name)
+{
+    constexpr size_t longest = 255; // bytes
+    if (user.size() > longest)
+        throw OpenFailure(TextErrorLongUser, {});
+    if (password.size() > longest)
+        throw OpenFailure(TextErrorLongPassword, {});
+    if (name.size() > longest)
+        throw OpenFailure(TextErrorLongAddress, {});
+}
+
 TextId reasonOf(const DorCPP::DorX& x)
 {
     switch (x.code()) {
@@ -60,6 +74,23 @@ TextId reasonOf(const DorCPP::DorX& x)
     }
 }
 
+// The columns of the list of tables.
+enum ListColumn : int { SchemaColumn = 1, NameColumn = 2, KindColumn = 3 };
+
+std::wstring lowered(std::wstring text)
+{
+    for (wchar_t& c : text)
+        c = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(c)));
+    return text;
+}
+
+// By schema; tables first, then views; by name, whatever the case.
+bool standsBefore(const DatabaseTable& a, const DatabaseTable& b)
+{
+    return std::make_tuple(a.schema, a.isView, lowered(a.name), a.name) <
+           std::make_tuple(b.schema, b.isView, lowered(b.name), b.name);
+}
+
 std::wstring textOfColumn(DorCPP::DorCursor& cursor, int column)
 {
     std::vector<char16_t> units(32768);
@@ -70,6 +101,18 @@ std::wstring textOfColumn(DorCPP::DorCursor& cursor, int column)
 }
 
 } // namespace
+
+OpenFailure::OpenFailure(const DorCPP::DorX& error)
+    : m_reason(reasonOf(error))
+    // NOLINTNEXTLINE(bugprone-throw-keyword-missing): the copy is kept, nothing is thrown
+    , m_error(error)
+{
+}
+
+std::wstring OpenFailure::details() const
+{
+    return m_error.code() == 0 ? m_details : messageOf(m_error);
+}
 
 std::string databasePath(const std::string& name)
 {
@@ -84,8 +127,9 @@ std::string databasePath(const std::string& name)
 std::wstring textOf(const OpenFailure& failure)
 {
     std::wstring text = textOf(failure.reason());
-    if (!failure.details().empty())
-        text += L"\n\n" + textOf(TextErrorDetails, failure.details());
+    const std::wstring details = failure.details();
+    if (!details.empty())
+        text += L"\n\n" + textOf(TextErrorDetails, details);
     return text;
 }
 
@@ -103,14 +147,23 @@ DatabaseSession::DatabaseSession(const std::string& name)
     open("", "", "timeout=1000", false);
 }
 
-DatabaseSession::DatabaseSession(const Connection& connection, const std::wstring& password)
+DatabaseSession::DatabaseSession(const Connection& connection, const Secret& password)
     : m_name(connection.databaseName())
     , m_path(OviAPI::wideToLocale(connection.path))
 {
     if (!connection.isFile() && connection.host.empty())
         m_name.clear();
-    open(OviAPI::wideToLocale(connection.user).c_str(), OviAPI::wideToLocale(password).c_str(),
-         connection.clientOptions().c_str(), connection.verify);
+    const std::string user = OviAPI::wideToLocale(connection.user);
+    std::string narrow = OviAPI::wideToLocale(password.text());
+    try {
+        if (!connection.isFile())
+            checkLengths(user, narrow, m_name);
+        open(user.c_str(), narrow.c_str(), connection.clientOptions().c_str(), connection.verify);
+    } catch (...) {
+        wipe(narrow);
+        throw;
+    }
+    wipe(narrow);
 }
 
 void DatabaseSession::open(const char* user, const char* password, const char* options, bool verify)
@@ -127,7 +180,7 @@ void DatabaseSession::open(const char* user, const char* password, const char* o
         m_connection.createCS(user, password, m_name.c_str(), options, 0, verify, true);
         readTables();
     } catch (const DorCPP::DorX& x) {
-        throw OpenFailure(reasonOf(x), messageOf(x));
+        throw OpenFailure(x);
     }
 }
 
@@ -143,16 +196,39 @@ std::wstring DatabaseSession::displayPath() const
     return OviAPI::localeToWide(m_path.empty() ? m_name : m_path);
 }
 
+std::wstring DatabaseSession::connectionText() const
+{
+    const DorCPP::ConnectionInfo info = m_connection.info();
+    std::wstring text = OviAPI::utf8ToWide(info.engine) + L" " + OviAPI::utf8ToWide(info.version);
+    if (!info.host.empty())
+        text += L", " + textOf(info.cipher.empty() ? TextStateNotEncrypted : TextStateEncrypted);
+    if (info.readOnly)
+        text += L", " + textOf(TextStateReadOnly);
+    if (m_connection.inTransaction())
+        text += L", " + textOf(TextStateTransaction);
+    return text;
+}
+
+void DatabaseSession::execute(const char* sql)
+{
+    DorCPP::DorCursor cursor;
+    cursor.create(m_connection, 0, nullptr, false);
+    cursor.execute(sql);
+}
+
 void DatabaseSession::readTables()
 {
     DorCPP::DorCursor cursor;
     cursor.create(m_connection, DorCPP::ModeReadOnly, nullptr, false);
-    cursor.execute(DorCPP::narrow(catalogText(), DorCPP::getStdCharset()).c_str());
+    cursor.execute(DorCPP::tableListText(m_connection).c_str());
     std::vector<DatabaseTable> tables;
     const int64_t count = cursor.selectRowCount();
     for (int64_t row = 1; row <= count; ++row) {
         cursor.fetch(DorCPP::FetchAbsolute, row);
-        tables.push_back({textOfColumn(cursor, 1), textOfColumn(cursor, 2) == L"view"});
+        tables.push_back({textOfColumn(cursor, NameColumn),
+                          textOfColumn(cursor, KindColumn) == L"view",
+                          textOfColumn(cursor, SchemaColumn)});
     }
+    std::sort(tables.begin(), tables.end(), standsBefore);
     m_tables = std::move(tables);
 }

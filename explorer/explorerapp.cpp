@@ -5,6 +5,12 @@
 #include "explorer/textlookup.h"
 #include "explorer/tour.h"
 
+namespace {
+
+constexpr const wchar_t* sqlFile = L"sql.dat";
+
+} // namespace
+
 ExplorerApp::ExplorerApp(Arguments arguments)
     : m_arguments(std::move(arguments))
 {
@@ -44,6 +50,8 @@ void ExplorerApp::initAfterOptions()
     if (!m_form->create())
         throw LException("explorerapp", __LINE__, L"The window cannot be made");
     m_form->show(true);
+    if (m_arguments.tour.empty())
+        m_form->loadSql(getConfigFilePath(sqlFile, 0));
     OviAPI::connect<&OviAPI::WTimer::onTimer>(m_started, *this, &ExplorerApp::onStarted);
     m_started.start();
 }
@@ -51,12 +59,15 @@ void ExplorerApp::initAfterOptions()
 void ExplorerApp::deInitApplication()
 {
     m_tour.reset();
+    if (m_form && m_arguments.tour.empty())
+        m_form->saveSql(getConfigFilePath(sqlFile, 1));
     ExtApp::deInitApplication();
 }
 
 void ExplorerApp::deInitAfterOptions()
 {
     m_form.reset();
+    BackgroundTask::waitForAbandoned();
 }
 
 OviAPI::SlotResult ExplorerApp::onStarted(OviAPI::Object*)

@@ -11,6 +11,7 @@ namespace {
 constexpr int buttonPadding = 28; // px beside the text of a button, both sides together
 constexpr int narrowestButton = 84;
 constexpr int smallestText = 6; // points
+constexpr int windowFrame = 32; // px that the desktop's frame takes of the height
 
 } // namespace
 
@@ -29,6 +30,10 @@ bool ExplorerDialog::create()
         return true;
     if (!WExtDialog::create())
         return false;
+    m_content.setParent(this);
+    m_content.setFont(font());
+    if (!m_content.create())
+        return false;
     createControls();
     loadTexts();
     arrange();
@@ -40,6 +45,13 @@ bool ExplorerDialog::onClose()
 {
     closeModal(0);
     return true;
+}
+
+bool ExplorerDialog::onSize()
+{
+    const OviAPI::Size size = clientSize();
+    m_content.move(0, 0, size.width, size.height);
+    return false;
 }
 
 OviAPI::SlotResult ExplorerDialog::onCharsetChanged(OviAPI::Object*)
@@ -99,6 +111,14 @@ int ExplorerDialog::wrappedHeight(const std::wstring& text, int width) const
     return lines * textHeight() + 2;
 }
 
+int ExplorerDialog::rowWidth(std::initializer_list<OviAPI::WButton*> buttons) const
+{
+    int width = -Gap;
+    for (const OviAPI::WButton* button : buttons)
+        width += std::max(narrowestButton, buttonWidth(*button)) + Gap;
+    return width;
+}
+
 int ExplorerDialog::layoutButtons(std::initializer_list<OviAPI::WButton*> buttons, int width,
                                   int top)
 {
@@ -110,18 +130,38 @@ int ExplorerDialog::layoutButtons(std::initializer_list<OviAPI::WButton*> button
         (*button)->move(right - wide, top, wide, height);
         right -= wide + Gap;
     }
+    m_missing = std::max(m_missing, rowWidth(buttons) - width);
     return top + height;
 }
 
 void ExplorerDialog::arrange()
 {
-    const OviAPI::Rect screen = OviAPI::SystemMetrics::getAvailableRect();
-    const int widest = static_cast<int>(screen.width()) - 2 * Margin;
-    const int width = std::min(contentWidth(), widest);
-    const OviAPI::Size size{width + 2 * Margin, layout(width) + Margin};
-    const OviAPI::Rect place =
-        OviAPI::MoveObject::centered(size, {x(), y(), x() + size.width, y() + size.height}, screen);
+    const int bar = OviAPI::SystemMetrics::getScrollBarWidth();
+    const auto widest = static_cast<int>(screen().width());
+    const int highest = static_cast<int>(screen().height()) - windowFrame;
+    int width = std::min(contentWidth(), widest - 2 * Margin - bar);
+    m_missing = 0;
+    int height = layout(width) + Margin;
+    if (m_missing > 0) {
+        width += m_missing;
+        height = layout(width) + Margin;
+    }
+    m_content.setContentSize(width + 2 * Margin, height);
+    OviAPI::Size size{width + 2 * Margin, height};
+    if (size.width > widest)
+        size.height += bar;
+    if (size.height > highest)
+        size.width += bar;
+    size = {std::min(size.width, widest), std::min(size.height, highest)};
+    const OviAPI::Rect place = OviAPI::MoveObject::centered(
+        size, {x(), y(), x() + size.width, y() + size.height}, screen());
     move(place.left, place.top, size.width, size.height);
+    m_content.move(0, 0, size.width, size.height);
+}
+
+OviAPI::Rect ExplorerDialog::screen() const
+{
+    return m_screen.isEmpty() ? OviAPI::SystemMetrics::getAvailableRect() : m_screen;
 }
 
 OviAPI::Font ExplorerDialog::fittedFont(const std::wstring& text, OviAPI::Size room) const

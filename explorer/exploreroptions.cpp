@@ -48,8 +48,20 @@ void writeConnection(XMLUtils::XMLElementA& element, const Connection& connectio
     element.addChild("Database").setString(connection.database, encoding);
     element.addChild("User").setString(connection.user, encoding);
     element.addChild("Parameters").setString(connection.parameters, encoding);
+    element.addChild("Encryption").setInteger(connection.encryption);
     element.addChild("ReadOnly").setBoolean(connection.readOnly);
     element.addChild("LockWait").setInteger(connection.lockWait);
+}
+
+// Runs one reading step; a key that is missing or bad gives the fallback.
+template<class Read, class Fallback>
+void readOr(Read read, Fallback fallback)
+{
+    try {
+        read();
+    } catch (const XMLUtils::XMLException&) {
+        fallback();
+    }
 }
 
 // Throws XMLException when a part is missing or out of its range.
@@ -64,9 +76,12 @@ Connection readConnection(const XMLUtils::XMLElementA& element, XMLUtils::XMLEnc
     connection.database = element.getChild("Database").getString(encoding);
     connection.user = element.getChild("User").getString(encoding);
     connection.parameters = element.getChild("Parameters").getString(encoding);
+    readOr([&] { connection.encryption = element.getChild("Encryption").getInteger(); }, [] {});
     connection.readOnly = element.getChild("ReadOnly").getBoolean();
     connection.lockWait = element.getChild("LockWait").getInteger();
     connection.port = std::clamp(connection.port, 0, Connection::HighestPort);
+    if (connection.encryption < Connection::AsUsual || connection.encryption > Connection::Checked)
+        connection.encryption = Connection::AsUsual;
     connection.lockWait = std::clamp(connection.lockWait, 0, Connection::LongestWait);
     return connection;
 }
@@ -86,17 +101,6 @@ RecentConnections readConnections(const XMLUtils::XMLElementA& element,
     return connections;
 }
 
-// Runs one reading step; a key that is missing or bad gives the fallback.
-template<class Read, class Fallback>
-void readOr(Read read, Fallback fallback)
-{
-    try {
-        read();
-    } catch (const XMLUtils::XMLException&) {
-        fallback();
-    }
-}
-
 } // namespace
 
 void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
@@ -105,6 +109,7 @@ void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
     TypicalOptions::serialize(element, encoding);
     element.addChild("LastDatabase").setString(LastDatabase, encoding);
     element.addChild("Splitter").setInteger(Splitter);
+    element.addChild("ToolBar").setBoolean(ToolBar);
     writeFont(element.addChild("FontGrid"), FontGrid, encoding);
     XMLUtils::XMLElementA& connections = element.addChild("Connections");
     for (const Connection& connection : Connections.all())
@@ -122,6 +127,7 @@ void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
            [&] { Splitter = DefaultSplitter; });
     if (Splitter < MinSplitter || Splitter > MaxSplitter)
         Splitter = DefaultSplitter;
+    readOr([&] { ToolBar = element.getChild("ToolBar").getBoolean(); }, [&] { ToolBar = true; });
     readOr([&] { FontGrid = readFont(element.getChild("FontGrid"), encoding); },
            [&] { FontGrid = defaultGridFont(); });
     readOr([&] { Connections = readConnections(element.getChild("Connections"), encoding); },
@@ -135,6 +141,7 @@ void ExplorerOptions::initDefaults()
     TypicalOptions::initDefaults();
     LastDatabase.clear();
     Splitter = DefaultSplitter;
+    ToolBar = true;
     FontGrid = defaultGridFont();
     Connections = {};
     RemoveConnection = {};
@@ -154,6 +161,6 @@ void ExplorerOptions::initDefaultMainFormRect()
 bool ExplorerOptions::operator==(const ExplorerOptions& other) const
 {
     return TypicalOptions::operator==(other) && LastDatabase == other.LastDatabase &&
-           Splitter == other.Splitter && FontGrid == other.FontGrid &&
+           Splitter == other.Splitter && ToolBar == other.ToolBar && FontGrid == other.FontGrid &&
            Connections == other.Connections && RemoveConnection == other.RemoveConnection;
 }

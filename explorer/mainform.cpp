@@ -1,6 +1,7 @@
 #include "explorer/mainform.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <oviapi/application.h>
 
@@ -11,18 +12,28 @@
 namespace {
 
 constexpr int iconId = 1;
-constexpr int narrowestPane = 120; // px
+constexpr int narrowestPane = 120;  // px
+constexpr int keepAliveTime = 5000; // ms
 
 } // namespace
 
 MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     : m_options(options)
     , m_samplePath(sampleDatabasePath())
+    , m_keepAlive(keepAliveTime)
+    , m_opening(*this)
+    , m_tools(resources, m_menu)
 {
     init(iconId, resources);
     OviAPI::connect<&MainMenu::onCommand>(m_menu, *this, &MainForm::onMenuCommand);
+    OviAPI::connect<&OviAPI::WToolBar::onCommand>(m_tools, *this, &MainForm::onToolCommand);
     OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
     OviAPI::connect<&TablePane::onPlaceChanged>(m_pane, *this, &MainForm::onPlaceChanged);
+    OviAPI::connect<&OviAPI::WTimer::onTimer>(m_keepAlive, *this, &MainForm::onKeepAlive);
+    OviAPI::connect<&AliveProbe::onAnswer>(m_probe, *this, &MainForm::onAlive);
+    OviAPI::connect<&LostBar::onReconnect>(m_lostBar, *this, &MainForm::onReconnect);
+    OviAPI::connect<&OviAPI::WTabControl::onTabChanged>(m_tabs, *this, &MainForm::onTab);
+    OviAPI::connect<&SqlPane::onSqlState>(m_sql, *this, &MainForm::onSqlState);
     OviAPI::connect<&SplitterBar::onSplit>(m_splitter, *this, &MainForm::onSplit);
 }
 
@@ -30,6 +41,7 @@ MainForm::~MainForm()
 {
     m_counter.stop();
     m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_sql.setConnection(nullptr);
     setMenu(nullptr);
 }
 
@@ -49,12 +61,18 @@ bool MainForm::create()
     setMenu(&m_menu.menu());
     if (!WExtForm::create())
         return false;
-    for (OviAPI::WVisualObject* child :
-         std::initializer_list<OviAPI::WVisualObject*>{&m_list, &m_splitter, &m_pane, &m_status}) {
+    m_tabs.addTab(L"", &m_pane);
+    m_tabs.addTab(L"", &m_sql);
+    for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
+             &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_status})
         child->setParent(this);
+    for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
+             &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_pane, &m_sql, &m_status}) {
         if (!child->create())
             return false;
     }
+    m_tools.show(m_options.ToolBar);
+    m_lostBar.show(false);
     applyFonts();
     loadTexts();
     m_list.setFocus();
@@ -67,6 +85,9 @@ bool MainForm::onClose()
 {
     m_options.MainFormMaximized = isMaximized();
     m_options.MainFormRect = normalGeometry();
+    m_opening.giveUp();
+    if (!leaveDatabase(Command::Exit))
+        return false;
     closeDatabase();
     return true;
 }
@@ -79,10 +100,12 @@ bool MainForm::onSize()
 
 bool MainForm::onKeyDown(OviAPI::VirtualKey key)
 {
-    if (key.getKeyboardKey() != OviAPI::KeyEscape || !m_pane.isLoading())
+    if (key.getKeyboardKey() != OviAPI::KeyEscape)
         return false;
+    const bool stops = m_pane.isLoading() || m_sql.isRunning();
     m_pane.cancel();
-    return true;
+    m_sql.stop();
+    return stops;
 }
 
 OviAPI::SlotResult MainForm::onCharsetChanged(OviAPI::Object*, OviAPI::ResourceManager*)
@@ -97,10 +120,18 @@ OviAPI::SlotResult MainForm::onMenuCommand(OviAPI::Object*, Command command)
     return 1;
 }
 
+OviAPI::SlotResult MainForm::onToolCommand(OviAPI::Object*, int command)
+{
+    execute(static_cast<Command>(command));
+    return 1;
+}
+
 OviAPI::SlotResult MainForm::onListRow(OviAPI::Object*, long, long)
 {
-    if (!m_filling)
-        showCurrentTable();
+    if (m_filling)
+        return 0;
+    showCurrentTable();
+    showTab(RowsTab);
     return 0;
 }
 
@@ -108,6 +139,53 @@ OviAPI::SlotResult MainForm::onPlaceChanged(OviAPI::Object*)
 {
     updateStatus();
     updateMenu();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onKeepAlive(OviAPI::Object*)
+{
+    checkConnection();
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onAlive(OviAPI::Object*, bool alive)
+{
+    if (!alive)
+        setLost(true);
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onReconnect(OviAPI::Object*)
+{
+    reconnect();
+    return 1;
+}
+
+OviAPI::SlotResult MainForm::onTab(OviAPI::Object*, int tab)
+{
+    // The same keys refresh the rows or execute the statement.
+    const bool sql = tab == SqlTab;
+    m_menu.setShortcut(Command::Refresh, sql ? L"" : MainMenu::shortcut(Command::Refresh));
+    m_menu.setShortcut(Command::SqlRun, sql ? MainMenu::shortcut(Command::Refresh) : L"");
+    m_menu.check(Command::SqlWindow, sql);
+    m_tools.checkCommand(Command::SqlWindow, sql);
+    if (tab == MonitorTab)
+        m_monitor.refresh();
+    updateStatus();
+    updateMenu();
+    return 0;
+}
+
+OviAPI::SlotResult MainForm::onSqlState(OviAPI::Object*)
+{
+    if (!m_sql.isRunning() && m_sql.hasChanged() && m_session)
+        showChanges();
+    else if (!m_sql.isRunning() && m_sql.hasFailed())
+        checkConnection();
+    updateStatus();
+    updateMenu();
+    if (!m_sql.isRunning() && m_afterSql != Command::None)
+        execute(std::exchange(m_afterSql, Command::None));
     return 0;
 }
 
@@ -138,6 +216,7 @@ void MainForm::applyFonts()
     slotFontChanged(this, fkEdit, m_options.FontEdits);
     if (OviAPI::Application* application = OviAPI::Application::instance())
         application->roledFontsChanged();
+    xRDorCursor::init(m_options.FontControls, getResource(), this);
     m_pane.fitColumns();
     layOut();
 }
@@ -147,8 +226,17 @@ void MainForm::loadTexts()
     m_menu.loadTexts();
     m_menu.check(Command::English, m_options.Language != TypicalOptions::Koi8Language);
     m_menu.check(Command::Russian, m_options.Language == TypicalOptions::Koi8Language);
+    m_menu.check(Command::ToolBar, m_options.ToolBar);
+    m_tools.loadTexts(m_menu);
     m_list.loadTexts();
+    m_tabs.setCaption(RowsTab, textOf(TextTabRows).c_str());
+    m_tabs.setCaption(SqlTab, textOf(TextTabSql).c_str());
+    m_lostBar.loadTexts();
     m_pane.loadTexts();
+    m_sql.loadTexts();
+    m_monitor.loadTexts();
+    m_tabs.setCaption(MonitorTab, textOf(TextTabMonitor).c_str());
+    m_menu.check(Command::Monitor, m_monitor.isWatching());
     m_splitter.setAccessibleName(textOf(TextSplitterName).c_str());
     updateTitle();
     updateStatus();
@@ -166,29 +254,52 @@ void MainForm::updateTitle()
 
 void MainForm::updateStatus()
 {
-    m_status.setField(StatusLine::Database,
+    m_status.setField(MainStatus::Database,
                       m_session ? m_session->displayPath() : textOf(TextStatusNoDatabase));
+    std::wstring connection;
+    if (m_session)
+        connection = m_lost ? textOf(TextStateLost) : m_session->connectionText();
+    m_status.setField(MainStatus::Connection, connection);
     std::wstring rows;
     std::wstring cell;
-    const PlaceInTable place = m_pane.place();
-    if (m_pane.hasTable())
+    const bool rowsShown = m_tabs.currentTab() == RowsTab;
+    const PlaceInTable place = rowsShown ? m_pane.place() : PlaceInTable();
+    if (isSqlShown())
+        rows = m_sql.status();
+    else if (rowsShown && m_pane.hasTable())
         rows = place.rows == 1 ? textOf(TextStatusOneRow)
                                : textOf(TextStatusRows, groupedNumber(place.rows));
     if (place.row != 0)
         cell = textOf(TextStatusRow, groupedNumber(place.row)) + L", " +
                textOf(TextStatusColumn, place.column);
-    m_status.setField(StatusLine::Rows, rows);
-    m_status.setField(StatusLine::Place, cell);
-    m_status.setField(StatusLine::Value, place.value);
+    m_status.setField(MainStatus::Rows, rows);
+    m_status.setField(MainStatus::Place, cell);
+    m_status.setField(MainStatus::Value, place.value);
 }
 
 void MainForm::updateMenu()
 {
     const bool open = m_session != nullptr;
+    for (const Command command : {Command::Open, Command::Connect, Command::Sample}) {
+        m_menu.enable(command, !m_sql.isRunning());
+        m_tools.enableCommand(command, !m_sql.isRunning());
+    }
+    m_menu.enable(Command::Reconnect, open && m_lost);
     m_menu.enable(Command::Close, open);
     m_menu.enable(Command::Refresh, open);
-    m_menu.enable(Command::FitColumns, m_pane.hasTable());
-    m_menu.enable(Command::GoToRow, m_pane.place().rows > 0);
+    const bool rows = m_tabs.currentTab() == RowsTab && m_pane.hasTable();
+    const bool anyRow = rows && m_pane.place().rows > 0;
+    m_menu.enable(Command::FitColumns, rows);
+    m_menu.enable(Command::GoToRow, anyRow);
+    m_tools.enableCommand(Command::Refresh, open);
+    m_tools.enableCommand(Command::GoToRow, anyRow);
+    const bool ready = open && !m_sql.isRunning();
+    m_menu.enable(Command::SqlRun, isSqlShown() && ready);
+    m_menu.enable(Command::SqlRunAll, isSqlShown() && ready);
+    m_menu.enable(Command::SqlStop, m_sql.isRunning());
+    const bool transaction = ready && m_session->connection().inTransaction();
+    m_menu.enable(Command::Commit, transaction);
+    m_menu.enable(Command::RollBack, transaction);
 }
 
 void MainForm::layOut()
@@ -196,13 +307,15 @@ void MainForm::layOut()
     if (!m_status.isCreated())
         return;
     const OviAPI::Size size = clientSize();
-    const int statusTop = std::max(0, size.height - m_status.wantedHeight());
     const int bar = SplitterBar::Thickness;
     const int widest =
         std::max<int>(ExplorerOptions::MinSplitter, size.width - narrowestPane - bar);
     const int left = std::min<int>(m_options.Splitter, widest);
-    m_list.move(0, 0, left, statusTop);
-    m_splitter.move(left, 0, bar, statusTop);
-    m_pane.move(left + bar, 0, std::max(0, size.width - left - bar), statusTop);
-    m_status.move(0, statusTop, size.width, size.height - statusTop);
+    const int top = m_lost ? m_lostBar.wantedHeight() : 0;
+    const int height = std::max(0, size.height - top);
+    m_lostBar.move(0, 0, size.width, top);
+    m_list.move(0, top, left, height);
+    m_splitter.move(left, top, bar, height);
+    m_tabs.move(left + bar, top, std::max(0, size.width - left - bar), height);
+    m_status.fit();
 }

@@ -35,6 +35,10 @@ void showBox(TextId title, const std::wstring& text)
 
 void MainForm::execute(Command command)
 {
+    const bool opens =
+        command == Command::Open || command == Command::Connect || command == Command::Sample;
+    if ((opens || command == Command::Reconnect) && (m_opening.isRunning() || m_sql.isRunning()))
+        return;
     switch (command) {
     case Command::Open:
         return askForDatabase();
@@ -43,8 +47,12 @@ void MainForm::execute(Command command)
     case Command::Sample:
         openSample();
         return;
+    case Command::Reconnect:
+        return reconnect();
     case Command::Close:
-        return closeDatabase();
+        if (leaveDatabase(Command::Close))
+            closeDatabase();
+        return;
     case Command::Exit:
         close();
         return;
@@ -58,6 +66,24 @@ void MainForm::execute(Command command)
         return nextPane(1);
     case Command::PreviousPane:
         return nextPane(-1);
+    case Command::ToolBar:
+        return showToolBar(!m_options.ToolBar);
+    case Command::SqlWindow:
+        return showTab(isSqlShown() ? RowsTab : SqlTab);
+    case Command::SqlRun:
+        return m_sql.run();
+    case Command::SqlRunAll:
+        return m_sql.runAll();
+    case Command::SqlStop:
+        return m_sql.stop();
+    case Command::Commit:
+        endTransaction("COMMIT");
+        return;
+    case Command::RollBack:
+        endTransaction("ROLLBACK");
+        return;
+    case Command::Monitor:
+        return switchMonitor(!m_monitor.isWatching());
     case Command::English:
         return setLanguage(TypicalOptions::DefaultLanguage);
     case Command::Russian:
@@ -109,14 +135,19 @@ void MainForm::connectToDatabase()
 {
     ConnectDialog dialog(*this, m_options);
     if (dialog.create() && dialog.execModal() == 1)
-        takeSession(dialog.takeSession());
+        takeSession(dialog.takeSession(), dialog.openAgain());
 }
 
 bool MainForm::openDatabase(const std::string& name)
 {
+    if (m_sql.isRunning())
+        return false;
     try {
-        takeSession(std::make_unique<DatabaseSession>(name));
-        return true;
+        const DatabaseSession::Open open = [name] {
+            return std::make_unique<DatabaseSession>(name);
+        };
+        auto session = m_opening.run(OviAPI::localeToWide(name), open);
+        return session && takeSession(std::move(session), open);
     } catch (const OpenFailure& failure) {
         showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + textOf(failure));
         return false;
@@ -143,8 +174,10 @@ bool MainForm::buildSample()
 
 void MainForm::openLast()
 {
-    if (m_options.LastDatabase.empty() ||
-        !openDatabase(OviAPI::wideToLocale(m_options.LastDatabase)))
+    if (!m_options.LastDatabase.empty() &&
+        openDatabase(OviAPI::wideToLocale(m_options.LastDatabase)))
+        return;
+    if (isVisible()) // not closed meanwhile
         openSample();
 }
 
@@ -155,16 +188,78 @@ void MainForm::closeDatabase()
     m_list.setTables({});
     m_filling = false;
     m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_sql.setConnection(nullptr);
+    m_keepAlive.stop();
+    m_probe.forget();
+    setLost(false);
     m_session.reset();
+    m_again = nullptr;
     updateTitle();
     updateStatus();
     updateMenu();
 }
 
-void MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
+// Asks what is to become of an open transaction. False when the user wants to stay, and while a
+// statement runs: it is stopped then, and the command given again when it has ended.
+bool MainForm::leaveDatabase(Command again)
 {
+    if (m_sql.isRunning()) {
+        m_afterSql = again;
+        m_sql.stop();
+        return false;
+    }
+    if (!m_session || m_lost || !m_session->connection().inTransaction())
+        return true;
+    using OviAPI::MsgBox;
+    switch (MsgBox::show(textOf(TextTransactionTitle).c_str(),
+                         textOf(TextTransactionQuestion).c_str(),
+                         MsgBox::Yes | MsgBox::No | MsgBox::Cancel)) {
+    case MsgBox::Yes:
+        return endTransaction("COMMIT");
+    case MsgBox::No:
+        return endTransaction("ROLLBACK");
+    default:
+        return false;
+    }
+}
+
+// False when it is still open, which a box has said.
+bool MainForm::endTransaction(const char* sql)
+{
+    if (!m_session)
+        return true;
+    bool ended = true;
+    try {
+        m_session->execute(sql);
+    } catch (const DorCPP::DorX& x) {
+        showError(TextTransactionFailed, messageOf(x));
+        ended = false;
+    }
+    updateStatus();
+    updateMenu();
+    return ended;
+}
+
+void MainForm::loadSql(const std::wstring& path)
+{
+    m_sql.history().load(path);
+    m_sql.loadHistory();
+}
+
+void MainForm::saveSql(const std::wstring& path)
+{
+    m_sql.keepHistory();
+    m_sql.history().save(path);
+}
+
+// False when the user wants to stay with the database that is open; the new one is closed then.
+bool MainForm::takeSession(std::unique_ptr<DatabaseSession> session, DatabaseSession::Open again)
+{
+    if (!leaveDatabase(Command::None))
+        return false;
     closeDatabase();
-    m_session = std::move(session);
+    m_again = std::move(again);
+    useSession(std::move(session));
     m_options.LastDatabase = OviAPI::localeToWide(m_session->name());
     if (!m_session->path().empty()) {
         const std::filesystem::path path(m_session->path());
@@ -173,15 +268,71 @@ void MainForm::takeSession(std::unique_ptr<DatabaseSession> session)
     updateTitle();
     showTables({});
     showCurrentTable();
+    return true;
 }
 
-void MainForm::showTables(const std::wstring& current)
+void MainForm::useSession(std::unique_ptr<DatabaseSession> session)
+{
+    m_session = std::move(session);
+    m_sql.setConnection(&m_session->connection());
+    m_monitor.setEngine(m_session->connection().info().engine);
+    m_keepAlive.start();
+}
+
+void MainForm::checkConnection()
+{
+    if (m_session && !m_lost && !isBusy())
+        m_probe.ask(m_session->connection().channel());
+}
+
+void MainForm::setLost(bool lost)
+{
+    if (m_lost == lost)
+        return;
+    m_lost = lost;
+    m_lostBar.show(lost);
+    layOut();
+    updateStatus();
+    updateMenu();
+    if (lost && !m_sql.editor().hasFocus())
+        m_lostBar.button().setFocus();
+}
+
+// Opens the database again and shows the table that was shown.
+void MainForm::reconnect()
+{
+    if (!m_lost || !m_again || isBusy())
+        return;
+    try {
+        auto session = m_opening.run(m_session->displayPath(), m_again);
+        if (!session)
+            return;
+        const DatabaseTable table = currentTable();
+        const DatabaseSession::Open again = m_again;
+        closeDatabase();
+        m_again = again;
+        useSession(std::move(session));
+        updateTitle();
+        showTables(table);
+        showCurrentTable();
+    } catch (const OpenFailure& failure) {
+        showError(TextErrorOpen, textOf(failure));
+    }
+}
+
+DatabaseTable MainForm::currentTable()
+{
+    const int table = m_list.currentTable();
+    return m_session && table >= 0 ? m_session->tables()[static_cast<size_t>(table)]
+                                   : DatabaseTable();
+}
+
+void MainForm::showTables(const DatabaseTable& current)
 {
     const auto& tables = m_session->tables();
     m_filling = true;
     m_list.setTables(tables);
-    const auto found = std::find_if(tables.begin(), tables.end(),
-                                    [&](const DatabaseTable& t) { return t.name == current; });
+    const auto found = std::find(tables.begin(), tables.end(), current);
     if (found != tables.end())
         m_list.SetFocusCell(TableList::Name, found - tables.begin() + 1);
     m_filling = false;
@@ -198,26 +349,25 @@ void MainForm::showCurrentTable()
     else if (table < 0)
         m_pane.clear(TextNoticeChoose, TextNoticeChooseHint);
     else
-        m_pane.showTable(m_session->connection(),
-                         m_session->tables()[static_cast<size_t>(table)].name);
+        m_pane.showTable(m_session->connection(), m_session->tables()[static_cast<size_t>(table)]);
     updateStatus();
     updateMenu();
 }
 
 void MainForm::startCounting()
 {
+    // A transaction keeps the connection to itself: counting would hold up its statements.
+    if (m_session->connection().inTransaction())
+        return;
     m_counter.start(
         m_session->connection(), m_session->tables(),
         [this](size_t table, const TableCount& count) { m_list.setCount(table, count); });
 }
 
-void MainForm::refresh()
+// Shows the tables that there are now and counts their rows.
+void MainForm::showChanges()
 {
-    if (!m_session)
-        return;
-    const int table = m_list.currentTable();
-    const std::wstring current =
-        table < 0 ? std::wstring() : m_session->tables()[static_cast<size_t>(table)].name;
+    const DatabaseTable current = currentTable();
     const std::vector<DatabaseTable> before = m_session->tables();
     try {
         m_session->readTables();
@@ -229,8 +379,14 @@ void MainForm::refresh()
         showTables(current);
     else
         startCounting();
-    const int now = m_list.currentTable();
-    if (now >= 0 && m_session->tables()[static_cast<size_t>(now)].name == m_pane.table())
+}
+
+void MainForm::refresh()
+{
+    if (!m_session)
+        return;
+    showChanges();
+    if (!m_pane.table().empty() && currentTable() == m_pane.source())
         m_pane.refresh();
     else
         showCurrentTable();
@@ -258,8 +414,15 @@ void MainForm::goToRow()
 void MainForm::nextPane(int step)
 {
     std::vector<OviAPI::WVisualObject*> panes{&m_list, &m_splitter};
-    if (m_pane.hasTable())
+    if (m_tabs.currentTab() == MonitorTab) {
+        panes.push_back(&m_monitor.view());
+    } else if (isSqlShown()) {
+        panes.insert(panes.end(), {&m_sql.editor(), &m_sql.splitter()});
+        if (m_sql.view().isVisible())
+            panes.push_back(&m_sql.view());
+    } else if (m_pane.hasTable()) {
         panes.push_back(&m_pane.view());
+    }
     const auto current =
         std::find_if(panes.begin(), panes.end(), [](auto* pane) { return pane->hasFocus(); });
     const auto count = static_cast<int>(panes.size());
@@ -283,6 +446,45 @@ void MainForm::applySettings()
     if (application && application->resources() &&
         application->resources()->language() != application->getRRSLang(m_options.Language))
         setLanguage(m_options.Language);
+}
+
+void MainForm::showTab(int tab)
+{
+    if (m_tabs.currentTab() == tab)
+        return;
+    m_tabs.setCurrentTab(tab);
+    onTab(nullptr, tab);
+    if (tab == SqlTab)
+        m_sql.editor().setFocus();
+    else if (tab == MonitorTab)
+        m_monitor.view().setFocus();
+    else if (m_pane.hasTable() && !m_list.hasFocus())
+        m_pane.view().setFocus();
+}
+
+void MainForm::switchMonitor(bool on)
+{
+    if (on) {
+        m_tabs.addTab(textOf(TextTabMonitor).c_str(), &m_monitor);
+        m_monitor.create();
+        setSiblingsFont(&m_monitor, fkControls, m_options.FontControls);
+        setSiblingsFont(&m_monitor, fkRecordView, m_options.FontGrid);
+        showTab(MonitorTab);
+    } else {
+        if (m_tabs.currentTab() == MonitorTab)
+            showTab(RowsTab);
+        m_tabs.removeTab(MonitorTab);
+    }
+    m_monitor.watch(on);
+    m_menu.check(Command::Monitor, on);
+}
+
+void MainForm::showToolBar(bool shown)
+{
+    m_options.ToolBar = shown;
+    m_menu.check(Command::ToolBar, shown);
+    m_tools.show(shown);
+    layOut();
 }
 
 void MainForm::resizeText(int kind, int step)

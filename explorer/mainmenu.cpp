@@ -19,16 +19,29 @@ constexpr Entry entries[] = {
     {1, TextMenuOpen, Command::Open, L"Ctrl+O"},
     {1, TextMenuConnect, Command::Connect, L"Ctrl+Shift+O"},
     {1, TextMenuSample, Command::Sample},
+    {1, TextMenuReconnect, Command::Reconnect},
     {1, TextMenuClose, Command::Close, L"Ctrl+W"},
     {1, 0},
     {1, TextMenuExit, Command::Exit, L"Ctrl+Q"},
     {0, TextMenuView},
     {1, TextMenuRefresh, Command::Refresh, L"F5"},
-    {1, TextMenuFit, Command::FitColumns, L"Ctrl+E"},
+    {1, TextMenuFit, Command::FitColumns, L"Ctrl+Shift+E"},
     {1, TextMenuGoToRow, Command::GoToRow, L"Ctrl+G"},
     {1, 0},
     {1, TextMenuNextPane, Command::NextPane, L"F6"},
     {1, TextMenuPreviousPane, Command::PreviousPane, L"Shift+F6"},
+    {1, 0},
+    {1, TextMenuToolBar, Command::ToolBar},
+    {1, TextMenuMonitor, Command::Monitor, L"F8"},
+    {0, TextMenuSql},
+    {1, TextMenuSqlWindow, Command::SqlWindow, L"Ctrl+E"},
+    {1, 0},
+    {1, TextMenuSqlRun, Command::SqlRun},
+    {1, TextMenuSqlRunAll, Command::SqlRunAll, L"Shift+F5"},
+    {1, TextMenuSqlStop, Command::SqlStop},
+    {1, 0},
+    {1, TextMenuCommit, Command::Commit},
+    {1, TextMenuRollBack, Command::RollBack},
     {0, TextMenuOptions},
     {1, TextMenuLanguage},
     {2, TextMenuEnglish, Command::English},
@@ -88,6 +101,24 @@ void MainMenu::loadTexts()
 {
     for (const Item& item : m_items)
         m_menu.setItem(item.item, textOf(static_cast<TextId>(item.textId)).c_str());
+}
+
+std::wstring MainMenu::caption(Command command) const
+{
+    const OviAPI::WMenuItem* item = itemOf(command);
+    return item ? item->text() : std::wstring();
+}
+
+const wchar_t* MainMenu::shortcut(Command command)
+{
+    const auto found = std::find_if(std::begin(entries), std::end(entries),
+                                    [command](const Entry& e) { return e.command == command; });
+    return found == std::end(entries) ? nullptr : found->keys;
+}
+
+void MainMenu::setShortcut(Command command, const wchar_t* keys)
+{
+    m_menu.setShortcut(itemOf(command), keys);
 }
 
 void MainMenu::enable(Command command, bool enabled)

@@ -17,6 +17,12 @@ public:
     OviAPI::WMenu& menu() { return m_menu; }
     // Gives every item its text in the present language.
     void loadTexts();
+    // Of the item of a command, with the mark of its mnemonic.
+    std::wstring caption(Command command) const;
+    // The keys that a command has at first; null for none.
+    static const wchar_t* shortcut(Command command);
+    // Gives the item of a command other keys; empty for none.
+    void setShortcut(Command command, const wchar_t* keys);
     void enable(Command command, bool enabled);
     void check(Command command, bool checked);
 

@@ -9,10 +9,12 @@ constexpr int gripLength = 24;
 
 } // namespace
 
-SplitterBar::SplitterBar()
+SplitterBar::SplitterBar(Direction direction)
+    : m_direction(direction)
 {
     setStyle(TabStop);
-    setCursor(OviAPI::CursorShape::SplitHorizontal);
+    setCursor(isUpright() ? OviAPI::CursorShape::SplitHorizontal
+                          : OviAPI::CursorShape::SplitVertical);
 }
 
 bool SplitterBar::onSplit(int)
@@ -20,9 +22,9 @@ bool SplitterBar::onSplit(int)
     return false;
 }
 
-bool SplitterBar::onLButtonDown(int x, int, long)
+bool SplitterBar::onLButtonDown(int x, int y, long)
 {
-    m_grip = x;
+    m_grip = isUpright() ? x : y;
     capture();
     return true;
 }
@@ -34,22 +36,24 @@ bool SplitterBar::onLButtonUp(int, int, long)
     return true;
 }
 
-bool SplitterBar::onMouseMove(int x, int, long)
+bool SplitterBar::onMouseMove(int x, int y, long)
 {
     if (m_grip < 0)
         return false;
-    if (x != m_grip)
-        OviAPI::dispatch<&SplitterBar::onSplit>(*this, geometry().left + x - m_grip);
+    const int at = isUpright() ? x : y;
+    if (at != m_grip)
+        OviAPI::dispatch<&SplitterBar::onSplit>(*this, place() + at - m_grip);
     return true;
 }
 
 bool SplitterBar::onKeyDown(OviAPI::VirtualKey key)
 {
     const int code = key.getKeyboardKey();
-    if (code != OviAPI::KeyLeft && code != OviAPI::KeyRight)
+    const int back = isUpright() ? OviAPI::KeyLeft : OviAPI::KeyUp;
+    const int forth = isUpright() ? OviAPI::KeyRight : OviAPI::KeyDown;
+    if (code != back && code != forth)
         return false;
-    const int step = code == OviAPI::KeyLeft ? -keyStep : keyStep;
-    OviAPI::dispatch<&SplitterBar::onSplit>(*this, geometry().left + step);
+    OviAPI::dispatch<&SplitterBar::onSplit>(*this, place() + (code == back ? -keyStep : keyStep));
     return true;
 }
 
@@ -70,12 +74,16 @@ bool SplitterBar::doPaint(OviAPI::PaintDevice* device)
     OviAPI::Painter painter(device);
     if (!painter)
         return false;
-    const int height = clientHeight();
+    const OviAPI::Size size = clientSize();
     const auto back = hasFocus() ? OviAPI::ColorNumber::Highlight : OviAPI::ColorNumber::Window;
-    painter.fillRect({0, 0, clientWidth(), height}, OviAPI::Color(back));
+    painter.fillRect({0, 0, size.width, size.height}, OviAPI::Color(back));
     const auto line = hasFocus() ? OviAPI::ColorNumber::HighlightText : OviAPI::ColorNumber::Shadow;
     painter.setPen(OviAPI::Pen(OviAPI::Color(line)));
-    const int x = clientWidth() / 2;
-    painter.drawLine(x, (height - gripLength) / 2, x, (height + gripLength) / 2);
+    const int x = size.width / 2;
+    const int y = size.height / 2;
+    if (isUpright())
+        painter.drawLine(x, y - gripLength / 2, x, y + gripLength / 2);
+    else
+        painter.drawLine(x - gripLength / 2, y, x + gripLength / 2, y);
     return true;
 }

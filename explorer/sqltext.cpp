@@ -11,18 +11,17 @@ std::wstring quotedName(std::wstring_view name)
     return text + L'"';
 }
 
-std::wstring selectAllText(std::wstring_view table)
+std::wstring tableReference(std::wstring_view schema, std::wstring_view table)
 {
-    return L"SELECT * FROM " + quotedName(table);
+    return schema.empty() ? quotedName(table) : quotedName(schema) + L"." + quotedName(table);
 }
 
-std::wstring countText(std::wstring_view table)
+std::wstring selectAllText(std::wstring_view reference)
 {
-    return L"SELECT count(*) FROM " + quotedName(table);
+    return L"SELECT * FROM " + std::wstring(reference);
 }
 
-std::wstring catalogText()
+std::wstring countText(std::wstring_view reference)
 {
-    return L"SELECT name, type FROM sqlite_master WHERE type IN ('table', 'view') "
-           L"AND substr(name, 1, 7) <> 'sqlite_' ORDER BY type, lower(name), name";
+    return L"SELECT count(*) FROM " + std::wstring(reference);
 }

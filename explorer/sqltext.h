@@ -7,10 +7,10 @@
 // The name in double quotes, quotes inside it doubled. The empty name gives "".
 std::wstring quotedName(std::wstring_view name);
 
-// Every column and row of a table or view.
-std::wstring selectAllText(std::wstring_view table);
+// How a statement names a table: "schema"."table", the table alone without a schema.
+std::wstring tableReference(std::wstring_view schema, std::wstring_view table);
+
+// Every column and row of a table or view, named by its reference.
+std::wstring selectAllText(std::wstring_view reference);
 // One row with the number of rows.
-std::wstring countText(std::wstring_view table);
-// Rows of name and kind ("table" or "view"): tables first, then views, each by name. Tables of the
-// engine itself are left out.
-std::wstring catalogText();
+std::wstring countText(std::wstring_view reference);

@@ -25,12 +25,12 @@ void TableCounter::start(const DorCPP::DorConnect& connection,
 {
     stop();
     m_connection = &connection;
-    m_names.clear();
+    m_references.clear();
     for (const DatabaseTable& table : tables)
-        m_names.push_back(table.name);
+        m_references.push_back(tableReference(table.schema, table.name));
     m_next = 0;
     m_report = std::move(report);
-    if (!m_names.empty())
+    if (!m_references.empty())
         m_timer.start();
 }
 
@@ -52,7 +52,7 @@ OviAPI::SlotResult TableCounter::look(OviAPI::Object*)
         m_stopping.push_back(std::move(m_current));
         give({TableCount::GivenUp, 0, {}});
     }
-    if (!m_current && m_connection && m_next < m_names.size())
+    if (!m_current && m_connection && m_next < m_references.size())
         beginNext();
     else if (!m_current && m_stopping.empty())
         m_timer.stop();
@@ -63,8 +63,8 @@ void TableCounter::beginNext()
 {
     m_started = std::chrono::steady_clock::now();
     try {
-        m_current = std::make_unique<BackgroundStatement>(*m_connection, countText(m_names[m_next]),
-                                                          DorCPP::ModeReadOnly);
+        m_current = std::make_unique<BackgroundStatement>(
+            *m_connection, countText(m_references[m_next]), DorCPP::ModeReadOnly);
     } catch (const DorCPP::DorX& x) {
         give({TableCount::Failed, 0, x});
     }

@@ -44,7 +44,7 @@ private:
 
     std::chrono::milliseconds m_limit;
     const DorCPP::DorConnect* m_connection = nullptr;
-    std::vector<std::wstring> m_names;
+    std::vector<std::wstring> m_references;
     size_t m_next = 0; // table that is counted, or is to be counted next
     Report m_report;
     std::unique_ptr<BackgroundStatement> m_current;

@@ -56,8 +56,13 @@ void TableList::setTables(const std::vector<DatabaseTable>& tables)
     m_counts.assign(tables.size(), std::nullopt);
     m_data.DeleteAllRow();
     m_data.Reserve(static_cast<long>(tables.size()));
+    // The schema says something only where there are several.
+    const bool several = std::any_of(tables.begin(), tables.end(), [&](const DatabaseTable& table) {
+        return table.schema != tables.front().schema;
+    });
     for (const DatabaseTable& table : tables)
-        m_data.AppendTexts({table.name.c_str(), L"", L""});
+        m_data.AppendTexts(
+            {(several ? table.schema + L"." + table.name : table.name).c_str(), L"", L""});
     for (size_t i = 0; i < tables.size(); ++i)
         fillRow(i);
     m_data.RefreshViews();

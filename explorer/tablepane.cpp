@@ -54,7 +54,7 @@ bool TablePane::create()
     return true;
 }
 
-void TablePane::showTable(const DorCPP::DorConnect& connection, const std::wstring& table)
+void TablePane::showTable(const DorCPP::DorConnect& connection, const DatabaseTable& table)
 {
     m_connection = &connection;
     begin(table, false);
@@ -62,7 +62,7 @@ void TablePane::showTable(const DorCPP::DorConnect& connection, const std::wstri
 
 void TablePane::refresh()
 {
-    if (m_connection && !m_table.empty())
+    if (m_connection && !m_table.name.empty())
         begin(m_table, hasTable());
 }
 
@@ -70,20 +70,24 @@ void TablePane::clear(TextId heading, TextId hint)
 {
     m_timer.stop();
     m_loading.reset();
-    m_table.clear();
+    m_table = {};
     showNotice(heading, hint);
     m_connection = nullptr;
 }
 
-void TablePane::begin(const std::wstring& table, bool keepPlace)
+std::wstring TablePane::sql() const
+{
+    return selectAllText(tableReference(m_table.schema, m_table.name));
+}
+
+void TablePane::begin(const DatabaseTable& table, bool keepPlace)
 {
     m_table = table;
     m_loading = std::make_unique<Loading>();
-    m_loading->table = table;
+    m_loading->table = table.name;
     m_loading->keepPlace = keepPlace;
     try {
-        m_loading->statement =
-            std::make_unique<BackgroundStatement>(*m_connection, selectAllText(table), 0);
+        m_loading->statement = std::make_unique<BackgroundStatement>(*m_connection, sql(), 0);
         m_timer.start();
     } catch (const DorCPP::DorX& x) {
         m_loading.reset();
@@ -126,8 +130,7 @@ void TablePane::showRows(std::unique_ptr<BackgroundStatement> statement, bool ke
 {
     auto data = std::make_unique<xCDorvexDataSet>();
     data->SetCreatesExtendedColumns(true);
-    data->OpenUsingCursor(m_connection->channel(), selectAllText(m_table).c_str(),
-                          &statement->result(), true);
+    data->OpenUsingCursor(m_connection->channel(), sql().c_str(), &statement->result(), true);
     data->SetRowCache(true);
 
     const int col = m_view.GetCol();
@@ -140,7 +143,7 @@ void TablePane::showRows(std::unique_ptr<BackgroundStatement> statement, bool ke
         keepPlace = false;
     }
     m_notice.show(false);
-    m_view.setAccessibleName(textOf(TextRecordsName, m_table).c_str());
+    m_view.setAccessibleName(textOf(TextRecordsName, m_table.name).c_str());
     m_view.SetDataSet(data.get(), true);
     m_view.show(true);
     // The old dataset lives until the view has let go of it, the old cursor until its dataset has.
@@ -223,7 +226,7 @@ void TablePane::loadTexts()
     const std::wstring argument = m_argument ? m_argument() : std::wstring();
     m_notice.setNotice(textOf(m_heading, argument), textOf(m_hint, argument));
     if (hasTable())
-        m_view.setAccessibleName(textOf(TextRecordsName, m_table).c_str());
+        m_view.setAccessibleName(textOf(TextRecordsName, m_table.name).c_str());
 }
 
 OviAPI::SlotResult TablePane::onFocus(OviAPI::Object*, int, long)

@@ -35,7 +35,7 @@ public:
 
     // Reads a table of an open database and shows it when its rows are known; what was shown before
     // stays until then, for a moment at most. The connection must live until clear.
-    void showTable(const DorCPP::DorConnect& connection, const std::wstring& table);
+    void showTable(const DorCPP::DorConnect& connection, const DatabaseTable& table);
     // Reads the table again; place and widths stay.
     void refresh();
     // Shows a notice and lets go of the connection.
@@ -45,7 +45,8 @@ public:
     // Stops the reading of the table, if it goes on.
     void cancel();
     bool hasTable() const { return m_data != nullptr; }
-    const std::wstring& table() const { return m_table; }
+    const std::wstring& table() const { return m_table.name; }
+    const DatabaseTable& source() const { return m_table; }
     PlaceInTable place();
     // The view of the rows; not seen while there is a notice.
     OviAPI::aCRecordView& view() { return m_view; }
@@ -64,7 +65,8 @@ private:
 
     OviAPI::SlotResult look(OviAPI::Object*);
     OviAPI::SlotResult onFocus(OviAPI::Object*, int, long);
-    void begin(const std::wstring& table, bool keepPlace);
+    void begin(const DatabaseTable& table, bool keepPlace);
+    std::wstring sql() const;
     void takeResult();
     void fail(Words reason);
     void showNotice(TextId heading, TextId hint, Words argument = {});
@@ -73,7 +75,7 @@ private:
     void layOut();
 
     const DorCPP::DorConnect* m_connection = nullptr;
-    std::wstring m_table;
+    DatabaseTable m_table;
     std::unique_ptr<Loading> m_loading;
     std::unique_ptr<BackgroundStatement> m_statement; // holds the cursor of the dataset
     std::unique_ptr<xCDorvexDataSet> m_data;

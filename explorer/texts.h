@@ -37,6 +37,16 @@ enum TextId : int {
     TextMenuOtherLanguage = 50127,
     TextMenuConnect = 50128,
     TextMenuSettings = 50129,
+    TextMenuToolBar = 50130,
+    TextMenuSql = 50131,
+    TextMenuSqlWindow = 50132,
+    TextMenuSqlRun = 50133,
+    TextMenuSqlRunAll = 50134,
+    TextMenuSqlStop = 50135,
+    TextMenuCommit = 50136,
+    TextMenuRollBack = 50137,
+    TextMenuReconnect = 50138,
+    TextMenuMonitor = 50139,
 
     // list of tables
     TextColumnName = 50201,
@@ -60,6 +70,12 @@ enum TextId : int {
     TextStatusReadOnly = 50307,
     TextStatusCut = 50308,
     TextStatusError = 50309,
+    TextStateEncrypted = 50310,
+    TextStateNotEncrypted = 50311,
+    TextStateReadOnly = 50312,
+    TextStateTransaction = 50313,
+    TextStateLost = 50314,
+    TextLostNotice = 50315,
 
     // notices in the place of a table
     TextNoticeNoDatabase = 50401,
@@ -88,6 +104,9 @@ enum TextId : int {
     TextErrorSample = 50512,
     TextErrorFolderMissing = 50513,
     TextErrorStopped = 50514,
+    TextErrorLongUser = 50515,
+    TextErrorLongPassword = 50516,
+    TextErrorLongAddress = 50517,
 
     // dialogs
     TextDialogOk = 50601,
@@ -107,6 +126,8 @@ enum TextId : int {
     TextBuildPlaces = 50615,
     TextBuildMeasurements = 50616,
     TextBuildIndexes = 50617,
+    TextOpeningTitle = 50618,
+    TextOpeningPrompt = 50619,
 
     // help
     TextKeysTitle = 50701,
@@ -144,6 +165,11 @@ enum TextId : int {
     TextConnectWorks = 50827,
     TextConnectNoHost = 50828,
     TextConnectPortHint = 50829,
+    TextConnectEncryption = 50830,
+    TextEncryptionUsual = 50831,
+    TextEncryptionNever = 50832,
+    TextEncryptionAlways = 50833,
+    TextEncryptionChecked = 50834,
 
     // settings
     TextSettingsTitle = 50851,
@@ -172,4 +198,47 @@ enum TextId : int {
     TextAnswerAdaptNo = 50886,
     TextAnswerRemoveYes = 50887,
     TextAnswerRemoveNo = 50888,
+
+    // SQL window
+    TextSqlRun = 50901,
+    TextSqlRunAll = 50902,
+    TextSqlStop = 50903,
+    TextSqlHistory = 50904,
+    TextSqlRunHint = 50905,
+    TextSqlRunAllHint = 50906,
+    TextSqlStopHint = 50907,
+    TextSqlHistoryHint = 50908,
+    TextSqlNoHistory = 50909,
+    TextSqlEditorName = 50910,
+    TextSqlRowsName = 50911,
+    TextSqlSplitterName = 50912,
+    TextSqlEmpty = 50913,
+    TextSqlEmptyHint = 50914,
+    TextSqlRunning = 50915,
+    TextSqlFailed = 50916,
+    TextSqlChanged = 50917,
+    TextSqlDone = 50918,
+    TextDurationHours = 50919,
+    TextDurationMinutes = 50920,
+    TextDurationSeconds = 50921,
+    TextTabRows = 50922,
+    TextTabSql = 50923,
+    TextTransactionTitle = 50924,
+    TextTransactionQuestion = 50925,
+    TextTransactionFailed = 50926,
+
+    // statement monitor
+    TextTabMonitor = 50951,
+    TextMonitorTime = 50952,
+    TextMonitorDuration = 50953,
+    TextMonitorRows = 50954,
+    TextMonitorStatement = 50955,
+    TextMonitorError = 50956,
+    TextMonitorCopy = 50957,
+    TextMonitorCopyHint = 50958,
+    TextMonitorClear = 50959,
+    TextMonitorClearHint = 50960,
+    TextMonitorValues = 50961,
+    TextMonitorName = 50962,
+    TextMonitorErrorNumber = 50963,
 };

@@ -24,6 +24,15 @@ constexpr int tickTime = 20;      // ms
 constexpr int settleTicks = 4;    // that every step gets
 constexpr int longestWait = 3000; // ticks: a minute, for the building of the sample
 
+constexpr const wchar_t* sqlText = L"-- The largest packages of each section\n"
+                                   L"SELECT s.name AS section, count(*) AS packages,\n"
+                                   L"       max(p.size_kib) AS largest\n"
+                                   L"FROM package p JOIN section s ON s.id = p.section_id\n"
+                                   L"GROUP BY s.name\n"
+                                   L"ORDER BY largest DESC;\n"
+                                   L"\n"
+                                   L"SELECT nme FROM package;\n";
+
 constexpr VirtualKey controlKey(int key, wchar_t character = 0)
 {
     return {key, OviAPI::ModifierControl, character};
@@ -82,6 +91,7 @@ void Tour::plan(const std::string& database)
     const VirtualKey escape(OviAPI::KeyEscape);
     const VirtualKey shiftUp(OviAPI::KeyUp, OviAPI::ModifierShift);
     const VirtualKey shiftLeft(OviAPI::KeyLeft, OviAPI::ModifierShift);
+    const VirtualKey ctrlEnter(OviAPI::KeyEnter, OviAPI::ModifierControl);
     const VirtualKey f6(OviAPI::KeyF1 + 5);
 
     if (database.empty()) {
@@ -106,6 +116,20 @@ void Tour::plan(const std::string& database)
     step("splitter", [this] { InputDriver::drag(m_form.splitter(), {3, 100}, {63, 110}); });
     chooseTable("null-and-numbers", L"measurement");
     chooseTable("view", L"size_by_section");
+    keys("", {controlKey(letter('E'))});
+    step("sql", [this, ctrlEnter] {
+        m_form.sqlPane().editor().setText(sqlText);
+        m_form.sqlPane().editor().setCaret({2, 1});
+        InputDriver::key(ctrlEnter);
+    });
+    step("sql-error", [this, ctrlEnter] {
+        m_form.sqlPane().editor().setCaret({8, 1});
+        InputDriver::key(ctrlEnter);
+    });
+    const VirtualKey monitor(OviAPI::KeyF1 + 7);
+    keys("", {monitor, controlKey(letter('E')), ctrlEnter});
+    keys("monitor", {monitor, monitor}); // what has been seen stays
+    keys("", {monitor});
     keys("menu", {VirtualKey(letter('O'), OviAPI::ModifierAlt, L'o'), down});
     keys("", {escape, escape});
     planDialogs("");

@@ -21,6 +21,9 @@ RED = (0xD6, 0x45, 0x41)
 DARK_RED = (0x9E, 0x2B, 0x28)
 ORANGE = (0xFF, 0xA6, 0x2B)
 PALE = (0xDD, 0xE9, 0xF6)
+GOLD = (0xF2, 0xC1, 0x4E)
+DARK_GOLD = (0xA8, 0x77, 0x16)
+GREEN = (0x2E, 0x9E, 0x5B)
 
 
 def rounded(left, top, right, bottom, radius):
@@ -64,6 +67,23 @@ def stroke(points, width):
             t = max(0, min(1, ((x - ax) * dx + (y - ay) * dy) / (dx * dx + dy * dy or 1)))
             best = min(best, math.hypot(x - ax - t * dx, y - ay - t * dy))
         return best - width / 2
+
+    return distance
+
+
+def arc(cx, cy, radius, first, last, width):
+    """A part of a circle; angles in degrees, clockwise from the right."""
+    steps = 24
+    angles = [math.radians(first + (last - first) * n / steps) for n in range(steps + 1)]
+    return stroke([(cx + radius * math.cos(a), cy + radius * math.sin(a)) for a in angles], width)
+
+
+def polygon(points):
+    """A filled convex polygon whose corners stand clockwise."""
+    def distance(x, y):
+        sides = zip(points, points[1:] + points[:1])
+        return max(((x - ax) * (by - ay) - (y - ay) * (bx - ax)) / math.hypot(bx - ax, by - ay)
+                   for (ax, ay), (bx, by) in sides)
 
     return distance
 
@@ -177,6 +197,61 @@ def icon(canvas, size):
     canvas.draw(ellipse(*trend[-1], 2.3 * unit, 2.3 * unit), ORANGE)
 
 
+def open_tool(canvas):
+    canvas.draw(union(rounded(1, 3, 9, 9, 1.5), rounded(1, 5, 19, 17, 1.5)), DARK_GOLD)
+    canvas.draw(union(rounded(2, 4, 8, 9, 0.8), rounded(2, 6, 18, 16, 0.8)), GOLD)
+    canvas.draw(rounded(2, 8, 18, 9, 0), DARK_GOLD)
+
+
+def connect_tool(canvas):
+    canvas.draw(union(rounded(2, 4, 14, 15, 0), ellipse(8, 4.5, 6.6, 3), ellipse(8, 15, 6.6, 3)),
+                DEEP)
+    drum(canvas, 8, 4.6, 14.8, 5.4, 2.1, (4.8, 9.4))
+    canvas.draw(ellipse(14, 14, 5.6, 5.6), WHITE)
+    canvas.draw(ellipse(14, 14, 4.9, 4.9), GREEN)
+    canvas.draw(union(stroke([(11.5, 14), (16.5, 14)], 1.7), stroke([(14, 11.5), (14, 16.5)], 1.7)),
+                WHITE)
+
+
+def refresh_tool(canvas):
+    for turn in (0, 180):
+        canvas.draw(arc(10, 10, 6.6, turn + 195, turn + 325, 2.2), GREEN)
+        tip = math.radians(turn + 352)
+        base = math.radians(turn + 318)
+        corners = [(10 + r * math.cos(a), 10 + r * math.sin(a))
+                   for r, a in ((10, base), (7, tip), (3.2, base))]
+        canvas.draw(polygon(corners), GREEN)
+
+
+def row_tool(canvas):
+    canvas.draw(rounded(5, 2, 19, 18, 1.5), LINE)
+    canvas.draw(rounded(6, 3, 18, 17, 0.5), WHITE)
+    canvas.draw(rounded(6, 3, 18, 6, 0.5), PALE)
+    for top in (6, 13):
+        canvas.draw(rounded(6, top, 18, top + 1, 0), LINE)
+    canvas.draw(rounded(6, 8, 18, 12, 0), BLUE)
+    canvas.draw(polygon([(0.5, 6), (5, 10), (0.5, 14)]), ORANGE)
+    canvas.draw(stroke([(0.5, 6), (5, 10), (0.5, 14), (0.5, 6)], 1), DARK_GOLD)
+
+
+def sql_tool(canvas):
+    canvas.draw(rounded(1, 2, 19, 18, 2), DEEP)
+    canvas.draw(rounded(2, 3, 18, 17, 1), WHITE)
+    canvas.draw(rounded(2, 3, 18, 6, 0), BLUE)
+    canvas.draw(stroke([(5, 9), (8, 11.5), (5, 14)], 1.6), INK)
+    canvas.draw(rounded(10, 13, 15.5, 14.6, 0), INK)
+
+
+def settings_tool(canvas):
+    teeth = []
+    for n in range(8):
+        x, y = math.cos(math.pi * n / 4), math.sin(math.pi * n / 4)
+        teeth.append(stroke([(10 + 5 * x, 10 + 5 * y), (10 + 7.4 * x, 10 + 7.4 * y)], 3.2))
+    gear = union(ellipse(10, 10, 6.4, 6.4), *teeth)
+    hole = ellipse(10, 10, 2.8, 2.8)
+    canvas.draw(lambda x, y: max(gear(x, y), -hole(x, y)), LINE)
+
+
 PICTURES = (
     ("close", 16, 16, (1, 2, 3), close_button),
     ("minimize", 16, 16, (1, 2, 3), minimize_button),
@@ -186,6 +261,12 @@ PICTURES = (
     ("explorer16", 16, 16, (1, 2, 3), small_icon),
     ("explorer32", 32, 32, (1, 2, 3), lambda canvas: icon(canvas, 32)),
     ("explorer64", 64, 64, (1, 2, 3), lambda canvas: icon(canvas, 64)),
+    ("open20", 20, 20, (1, 2, 3), open_tool),
+    ("connect20", 20, 20, (1, 2, 3), connect_tool),
+    ("refresh20", 20, 20, (1, 2, 3), refresh_tool),
+    ("row20", 20, 20, (1, 2, 3), row_tool),
+    ("sql20", 20, 20, (1, 2, 3), sql_tool),
+    ("settings20", 20, 20, (1, 2, 3), settings_tool),
 )
 
 

@@ -65,6 +65,13 @@ TEST(Connection, AServerIsNamedByAnAddressWithEveryPartEncoded)
     EXPECT_EQ(plain.databaseName(), "postgresql://[::1]/");
     plain.host = L"[::1]";
     EXPECT_EQ(plain.databaseName(), "postgresql://[::1]/");
+    Connection checked = server();
+    checked.encryption = Connection::Checked;
+    EXPECT_EQ(checked.databaseName(), "postgresql://me%40home@db.example:5433/my%20db"
+                                      "?sslmode=verify-full&sslmode=require");
+    checked.parameters.clear();
+    EXPECT_EQ(checked.databaseName(),
+              "postgresql://me%40home@db.example:5433/my%20db?sslmode=verify-full");
     plain.host = L"/run/postgresql";
     plain.database = L"\u0431\u0430\u0437\u0430";
     EXPECT_EQ(plain.databaseName(), "postgresql://%2Frun%2Fpostgresql/%D0%B1%D0%B0%D0%B7%D0%B0");
@@ -110,7 +117,9 @@ TEST(RecentConnections, AreKeptInTheOptions)
 {
     ExplorerOptions options;
     options.initDefaults();
-    options.Connections.add(server());
+    Connection encrypted = server();
+    encrypted.encryption = Connection::Always;
+    options.Connections.add(encrypted);
     Connection file = fileAt(L"/\u0431\u0430\u0437\u0430 & <1>.db");
     file.readOnly = true;
     file.verify = true;
@@ -137,11 +146,14 @@ TEST(RecentConnections, OneThatCannotBeReadIsLeftOutAndNumbersAreMovedIntoTheirR
     list.child(0).getChild("LockWait").setText("soon");
     list.child(1).getChild("LockWait").setInteger(100000);
     list.child(1).getChild("Port").setInteger(-1);
+    list.child(1).getChild("Encryption").setInteger(4);
+    list.child(2).getChild("Encryption").setName("Other"); // as older versions wrote it
     ExplorerOptions read;
     read.deserialize(element, utf8);
     ASSERT_EQ(read.Connections.all().size(), 2U);
     EXPECT_EQ(read.Connections.all()[0].lockWait, Connection::LongestWait);
     EXPECT_EQ(read.Connections.all()[0].port, 0);
+    EXPECT_EQ(read.Connections.all()[0].encryption, Connection::AsUsual);
     EXPECT_EQ(read.Connections.all()[1].path, L"/a");
     element.getChild("Connections").setName("Other");
     read.deserialize(element, utf8);
@@ -306,6 +318,54 @@ TEST_F(Connecting, AServerCanBeChosenOnlyWhereThereIsAnEngineForIt)
     EXPECT_EQ(dialog.connection().host, L"localhost");
 }
 
+TEST_F(Connecting, WhatIsTooLongForTheClientIsRefusedBeforeItConnects)
+{
+    Connection recent = server();
+    recent.engine = L"nosuchengine";
+    m_options.Connections.add(recent);
+    ConnectDialog& dialog = opened(withServer);
+    const auto answer = [&](OviAPI::WLineEdit& line, size_t length) {
+        const std::wstring before = line.text();
+        line.setText(std::wstring(length, L'x').c_str());
+        dialog.testButton().push();
+        line.setText(before.c_str());
+        return dialog.message();
+    };
+    EXPECT_EQ(answer(dialog.userLine(), 256), L"The name of the user is longer than 255 bytes.");
+    EXPECT_EQ(OviAPI::WVisualObject::focusedObject(), &dialog.userLine());
+    EXPECT_EQ(answer(dialog.passwordLine(), 256), L"The password is longer than 255 bytes.");
+    EXPECT_EQ(OviAPI::WVisualObject::focusedObject(), &dialog.passwordLine());
+    EXPECT_EQ(answer(dialog.databaseLine(), 256).find(L"Host, database and connection parameters"),
+              0U);
+    EXPECT_EQ(answer(dialog.passwordLine(), 255).find(L"longer"), std::wstring::npos);
+}
+
+TEST_F(Connecting, TheEncryptionOfAServerIsChosenInBothLanguages)
+{
+    Connection recent = server();
+    recent.engine = L"nosuchengine";
+    recent.encryption = Connection::Always;
+    m_options.Connections.add(recent);
+    ConnectDialog& dialog = opened(withServer);
+    EXPECT_TRUE(dialog.encryptionList().isVisible());
+    EXPECT_EQ(dialog.encryptionList().text(), L"always");
+    setLanguage(TypicalOptions::Koi8Language);
+    EXPECT_EQ(dialog.connection().encryption, Connection::Always);
+    EXPECT_EQ(dialog.encryptionList().text(), textOf(TextEncryptionAlways));
+    dialog.encryptionList().setCurrentLine(Connection::Checked);
+    EXPECT_EQ(dialog.connection().encryption, Connection::Checked);
+}
+
+TEST(Secret, IsOverwrittenBeforeItGoes)
+{
+    std::string text(40, 'x');
+    const char* bytes = text.data();
+    wipe(text);
+    EXPECT_TRUE(text.empty());
+    for (int i = 0; i < 16; ++i)
+        EXPECT_EQ(bytes[i], 0) << "the room of the text is still its own";
+}
+
 TEST_F(Connecting, ARecentServerIsShownWithoutItsPassword)
 {
     Connection recent = server();
@@ -386,9 +446,66 @@ TEST_F(Connecting, ADamagedDatabaseIsRefusedWhenTheWholeFileIsChecked)
         bytes << std::string(200, '\xFF');
     }
     Connection connection = fileAt(wide("damaged.db"));
-    EXPECT_NO_THROW(DatabaseSession(connection, L""));
+    EXPECT_NO_THROW(DatabaseSession(connection, Secret()));
     connection.verify = true;
-    EXPECT_THROW(DatabaseSession(connection, L""), OpenFailure);
+    EXPECT_THROW(DatabaseSession(connection, Secret()), OpenFailure);
+}
+
+TEST_F(Connecting, BrowseTakesTheFileThatIsChosen)
+{
+    makeDatabase("a.db");
+    std::ofstream(file("notes.txt")) << "text";
+    m_options.LastLoadDirectory = OviAPI::localeToWide(m_folder.path().string());
+    ConnectDialog& dialog = opened();
+    Script script;
+    script.step(FileDialogDriver::isOpen, [this] {
+        EXPECT_EQ(FileDialogDriver::title(), textOf(TextConnectBrowseTitle));
+        EXPECT_EQ(FileDialogDriver::folder(), OviAPI::localeToWide(m_folder.path().string()));
+        EXPECT_EQ(FileDialogDriver::filters(),
+                  (std::vector<std::wstring>{L"Databases (*.db *.sqlite *.sqlite3 *.db3)",
+                                             L"All files (*)"}));
+        FileDialogDriver::choose(L"a.db");
+    });
+    dialog.browseButton().push();
+    EXPECT_TRUE(script.isDone());
+    EXPECT_EQ(dialog.pathLine().text(), wide("a.db"));
+    dialog.bringToFront();
+    settle();
+    EXPECT_EQ(OviAPI::WVisualObject::focusedObject(), &dialog.pathLine());
+    dialog.testButton().push();
+    EXPECT_EQ(dialog.message(), L"The connection works. Tables and views: 2.");
+}
+
+TEST_F(Connecting, BrowseThatIsCancelledKeepsThePath)
+{
+    ConnectDialog& dialog = opened();
+    dialog.pathLine().setText(L"/typed.db");
+    Script script;
+    script.step(FileDialogDriver::isOpen, FileDialogDriver::cancel);
+    dialog.browseButton().push();
+    EXPECT_TRUE(script.isDone());
+    EXPECT_EQ(dialog.pathLine().text(), L"/typed.db");
+}
+
+TEST_F(Connecting, CancelEndsAnAttemptThatTakesLong)
+{
+    TestDatabase other(file("locked.db"));
+    other.execute("CREATE TABLE t (a INTEGER)");
+    other.execute("BEGIN EXCLUSIVE");
+    Connection connection = fileAt(wide("locked.db"));
+    connection.lockWait = Connection::LongestWait;
+    m_options.Connections.add(connection);
+    ConnectDialog dialog(m_above, m_options);
+    ASSERT_TRUE(dialog.create());
+    Script script;
+    script.step(modalIsOpen, [] { InputDriver::key(VirtualKey(OviAPI::KeyEnter)); });
+    script.step([&] { return dialog.isOpening(); }, [&] { dialog.cancelButton().push(); });
+    EXPECT_EQ(dialog.execModal(), 0);
+    EXPECT_TRUE(script.isDone());
+    EXPECT_EQ(dialog.message(), L"");
+    EXPECT_EQ(dialog.takeSession(), nullptr);
+    other.execute("COMMIT");
+    BackgroundTask::waitForAbandoned();
 }
 
 TEST_F(Connecting, TheTabKeyReachesEverythingAndComesBack)

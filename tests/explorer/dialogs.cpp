@@ -12,7 +12,23 @@
 #include "app/yesnoconfirmdlg.h"
 #include "application.h"
 
+#include <QApplication>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QLineEdit>
+
 namespace {
+
+QFileDialog* openFileDialog()
+{
+    return qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+}
+
+void press(QWidget* widget, Qt::Key key)
+{
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    QApplication::sendEvent(widget, &event);
+}
 
 using OviAPI::WVisualObject;
 
@@ -127,6 +143,42 @@ std::wstring labelIn(OviAPI::WForm& form)
             text = label->text();
     });
     return text;
+}
+
+bool FileDialogDriver::isOpen()
+{
+    return openFileDialog() != nullptr;
+}
+
+std::wstring FileDialogDriver::title()
+{
+    return openFileDialog()->windowTitle().toStdWString();
+}
+
+std::wstring FileDialogDriver::folder()
+{
+    return openFileDialog()->directory().absolutePath().toStdWString();
+}
+
+std::vector<std::wstring> FileDialogDriver::filters()
+{
+    std::vector<std::wstring> filters;
+    for (const QString& filter : openFileDialog()->nameFilters())
+        filters.push_back(filter.toStdWString());
+    return filters;
+}
+
+void FileDialogDriver::choose(const std::wstring& name)
+{
+    auto* line = openFileDialog()->findChild<QLineEdit*>("fileNameEdit");
+    ASSERT_TRUE(line);
+    line->setText(QString::fromStdWString(name));
+    press(line, Qt::Key_Return);
+}
+
+void FileDialogDriver::cancel()
+{
+    press(openFileDialog(), Qt::Key_Escape);
 }
 
 int tabStops(OviAPI::WForm& form)

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -30,6 +31,17 @@ bool confirmIsOpen();
 YesNoConfirmDlg* openConfirmation();
 // The first label in a form.
 std::wstring labelIn(OviAPI::WForm& form);
+
+// The dialog in which a file is chosen, as its user sees it.
+struct FileDialogDriver {
+    static bool isOpen();
+    static std::wstring title();
+    static std::wstring folder();
+    static std::vector<std::wstring> filters();
+    // Types the name and presses Enter.
+    static void choose(const std::wstring& name);
+    static void cancel();
+};
 
 // How many controls the Tab key visits before it comes back to the first one.
 int tabStops(OviAPI::WForm& form);

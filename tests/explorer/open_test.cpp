@@ -130,9 +130,9 @@ TEST_F(Opening, ListsTablesBeforeViewsByName)
     made.execute("CREATE VIEW aview AS SELECT * FROM zebra");
     made.execute("CREATE INDEX i ON zebra (a)");
     DatabaseSession session(file("a.db"));
-    EXPECT_EQ(session.tables(),
-              (std::vector<DatabaseTable>{
-                  {L"Apple \"pie\"", false}, {L"zebra", false}, {L"aview", true}}));
+    EXPECT_EQ(session.tables(), (std::vector<DatabaseTable>{{L"Apple \"pie\"", false, L"main"},
+                                                            {L"zebra", false, L"main"},
+                                                            {L"aview", true, L"main"}}));
 }
 
 TEST_F(Opening, KeepsTheAbsolutePath)

@@ -9,9 +9,9 @@
 #include "explorer/arguments.h"
 #include "explorer/exploreroptions.h"
 #include "explorer/gotorowdialog.h"
+#include "explorer/mainstatus.h"
 #include "explorer/opendialog.h"
 #include "explorer/sqltext.h"
-#include "explorer/statusline.h"
 #include "explorer/textlookup.h"
 #include "explorer/tour.h"
 #include "support.h"
@@ -30,8 +30,10 @@ TEST(SqlText, DoublesQuotesInsideNames)
 
 TEST(SqlText, NamesTheTableOnceInEachStatement)
 {
-    EXPECT_EQ(selectAllText(L"x; drop table y"), L"SELECT * FROM \"x; drop table y\"");
-    EXPECT_EQ(countText(L"a\"b"), L"SELECT count(*) FROM \"a\"\"b\"");
+    EXPECT_EQ(selectAllText(tableReference(L"", L"x; drop table y")),
+              L"SELECT * FROM \"x; drop table y\"");
+    EXPECT_EQ(countText(tableReference(L"main", L"a\"b")),
+              L"SELECT count(*) FROM \"main\".\"a\"\"b\"");
 }
 
 TEST(GroupedNumber, PutsNoBreakSpacesBetweenThousands)
@@ -72,28 +74,29 @@ TEST(DatabaseName, TildeStandsForTheHomeFolder)
     EXPECT_EQ(resolvedDatabaseName(L"~/a.db", L"/data"), L"/home/someone/a.db");
 }
 
-TEST(StatusFields, GiveTheMiddleOnesWhatTheyWant)
+TEST(StatusFields, GetWhatTheyWantAndTheDatabaseTheRest)
 {
-    const auto ends = statusFieldEnds({100, 50, 80, 60}, 600);
-    EXPECT_EQ(ends[0], 600 - 60 - 80 - 50);
-    EXPECT_EQ(ends[1] - ends[0], 50);
-    EXPECT_EQ(ends[2] - ends[1], 80);
-    EXPECT_EQ(ends[3], 600);
+    const auto widths = statusWidths({100, 50, 80, 60, 90}, 600);
+    EXPECT_EQ(widths, (std::array<int, 5>{600 - 50 - 80 - 60 - 90, 50, 80, 60, 90}));
 }
 
 TEST(StatusFields, ShareWhatIsLeftWhenTheLineIsShort)
 {
-    const auto ends = statusFieldEnds({900, 50, 80, 900}, 430);
-    EXPECT_EQ(ends[0], 100);
-    EXPECT_EQ(ends[3] - ends[2], 200);
+    const auto widths = statusWidths({900, 50, 80, 900, 70}, 500);
+    EXPECT_EQ(widths[MainStatus::Database], 100);
+    EXPECT_EQ(widths[MainStatus::Value], 200);
 }
 
-TEST(StatusFields, NeverRunBackwards)
+TEST(StatusFields, NeverTakeMoreThanThereIs)
 {
-    const auto ends = statusFieldEnds({900, 500, 800, 900}, 100);
-    EXPECT_GE(ends[0], 0);
-    for (size_t i = 1; i < ends.size() - 1; ++i)
-        EXPECT_GE(ends[i], ends[i - 1]);
+    for (const int width : {0, 1, 100, 640}) {
+        int all = 0;
+        for (const int each : statusWidths({900, 500, 800, 900, 700}, width)) {
+            EXPECT_GE(each, 0);
+            all += each;
+        }
+        EXPECT_EQ(all, width);
+    }
 }
 
 Arguments parsed(std::vector<const char*> arguments)

@@ -76,8 +76,45 @@ class ExplorerInARealWindow(unittest.TestCase):
         self.wait_for_focus("market.db")
         self.end()
 
+    def fruits(self):
+        connection = sqlite3.connect(self.database)
+        try:
+            return connection.execute("select count(*) from fruit").fetchone()[0]
+        finally:
+            connection.close()
+
+    def is_locked(self):
+        connection = sqlite3.connect(self.database, timeout=0)
+        try:
+            connection.execute("begin immediate")
+            return False
+        except sqlite3.OperationalError:
+            return True
+        finally:
+            connection.close()
+
+    def test_a_statement_that_is_typed_is_executed_by_key(self):
+        self.desktop.keys("ctrl+e")
+        self.desktop.type("insert into fruit(name) values('kiwi')")
+        self.desktop.keys("F5")
+        self.desktop.wait_until(lambda: self.fruits() == 1001, "the row")
+        self.look("executed")
+        self.desktop.keys("ctrl+a")
+        self.desktop.type("begin; delete from fruit")
+        self.desktop.keys("shift+F5")
+        self.desktop.wait_until(self.is_locked, "the transaction")
+        self.look("transaction")
+        self.desktop.keys("ctrl+q")
+        self.wait_for_focus("Open transaction")
+        self.look("question")
+        self.desktop.keys("Return")
+        self.assertEqual(self.explorer.wait(20), 0)
+        self.assertEqual(self.fruits(), 0)
+        self.assertIn("delete from fruit",
+                      (self.folder / "config" / "oviexplorer" / "sql.dat").read_text("utf-8"))
+
     def test_the_mouse_chooses_a_table_and_the_close_box_keeps_the_size(self):
-        self.desktop.click(self.window, 60, 70)
+        self.desktop.click(self.window, 60, 92)
         self.desktop.run("xdotool", "windowsize", "--sync", self.window, "700", "500")
         self.look("resized")
         self.desktop.keys("alt+F4")

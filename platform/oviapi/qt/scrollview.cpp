@@ -18,6 +18,7 @@ struct WScrollView::ScrollNative : public Native {
     {
         area->setWidget(surface); // owned by the area
         area->setFrameShape(QFrame::NoFrame);
+        area->setFocusPolicy(Qt::NoFocus); // its children have the focus
         area->viewport()->installEventFilter(this);
         surface->setAutoFillBackground(false);
     }
