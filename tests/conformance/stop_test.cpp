@@ -101,7 +101,7 @@ TEST_P(Stops, AStopNeverHitsTheStatementBehindIt)
 {
     fill(500);
     const char* const wanted = std::getenv("OVI_STOPS");
-    const int count = wanted ? std::atoi(wanted) : 100;
+    const int count = wanted ? std::atoi(wanted) : 500;
     DorCursor running;
     running.create(connection, 0, nullptr, false);
     for (int i = 0; i < count; ++i) {

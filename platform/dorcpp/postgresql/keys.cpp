@@ -21,7 +21,7 @@ constexpr size_t maxBlockHeap = 2 << 20;
 constexpr size_t maxBlockCells = 128 << 10;
 constexpr size_t smallBlock = 64; // rows
 constexpr size_t largeBlock = 512;
-constexpr size_t maxAheadHeap = 64 << 10; // an answer of that size waits in the sockets' buffers
+constexpr size_t maxAheadBytes = 96 << 10; // what waits in the sockets' buffers blocks nobody
 constexpr std::chrono::milliseconds maxAheadAge{500};
 constexpr uint64_t pieceSize = 1 << 20; // bytes read at once of a long value
 
@@ -384,8 +384,10 @@ void PostgresqlDriver::readRows(const KeyedText& text, RowKeys& keys, size_t fir
             places.resize(std::max<size_t>(places.size() / 8, 1)); // long rows: fewer of them
         }
     });
-    if (places.size() > smallBlock && block.heapBytes() <= maxAheadHeap)
-        askAhead(text, keys, first + places.size(), std::min(places.size() * 2, largeBlock));
+    const size_t next = std::min(places.size() * 2, largeBlock);
+    const size_t bytes = block.heapBytes() + 8 * block.cellCount(); // about, as they are sent
+    if (places.size() > smallBlock && bytes / places.size() * next <= maxAheadBytes)
+        askAhead(text, keys, first + places.size(), next);
 }
 
 // While rows are read on, the server finds the next ones as those at hand are used.

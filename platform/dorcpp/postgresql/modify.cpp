@@ -93,6 +93,7 @@ void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t ro
         return;
     }
     std::vector<Parameter> key;
+    key.reserve(text.key.columns.size());
     std::string own;
     for (int i = 0; i < PQnfields(result.get()); ++i)
         key.push_back(ownValue(valueAt(result.get(), 0, i, own)));

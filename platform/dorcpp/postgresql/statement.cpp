@@ -409,12 +409,10 @@ void Link::failLost(std::string_view state, std::string_view words)
     if (m_gaveUp)
         throw errorFor("08006", detailText(OviAPI::Phrase::DbDetailNoAnswer));
     const std::string_view known = state.empty() ? std::string_view("08006") : state;
-    DorX x = errorFor(known, said);
     // An administrator ends one session or the whole server with the same words.
-    const bool unsure = known == "57P01" || known == "08006";
-    if (unsure && !answers(get()))
-        x = makeEngineError(CodeServerStopped, numberOf(known), said);
-    throw x;
+    if ((known == "57P01" || known == "08006") && !answers(get()))
+        throw makeEngineError(CodeServerStopped, numberOf(known), said);
+    throw errorFor(known, said);
 }
 
 // Throws the error that the result holds, when nothing is left of the statement.
@@ -511,6 +509,7 @@ void Link::takeCopy(const std::function<void(std::string_view)>& message)
 std::vector<DescribedColumn> describedColumns(const PGresult* result)
 {
     std::vector<DescribedColumn> columns;
+    columns.reserve(static_cast<size_t>(PQnfields(result)));
     for (int i = 0; i < PQnfields(result); ++i)
         columns.push_back({PQfname(result, i), PQftype(result, i), PQfmod(result, i),
                            PQftable(result, i), PQftablecol(result, i)});

@@ -185,7 +185,7 @@ bool appendNumeric(std::string& out, const char* data, size_t length)
         return false;
     }
     const auto group = [&](int i) -> int64_t {
-        return i >= 0 && i < count ? bigEndian<uint16_t>(data + 8 + 2 * i) : 0;
+        return i >= 0 && i < count ? bigEndian<uint16_t>(data + 8 + ptrdiff_t(2) * i) : 0;
     };
     appendPadded(out, group(weight < 0 ? -1 : 0), 1);
     for (int i = 1; i <= weight; ++i)

@@ -171,6 +171,23 @@ TEST_F(Connect, NoMessageHoldsAPassword)
     EXPECT_EQ(message.find("secret"), std::string::npos);
 }
 
+TEST_F(Connect, AServersTextIsToldFromTheNameOfAFile)
+{
+    for (const char* server : {"postgresql://127.0.0.1:1/db", "postgres://127.0.0.1:1/db",
+                               " host = 127.0.0.1 port=1", "port=1 host=127.0.0.1"}) {
+        EXPECT_EQ(refused(server), CodeCannotOpen) << server;
+        EXPECT_NE(message.find("127.0.0.1"), std::string::npos) << message;
+        EXPECT_EQ(message.find(server), std::string::npos) << message;
+    }
+    for (const char* file : {"name=value.db", "=.db", "hostess=1"}) {
+        const std::string path = "sqlite:" + folder.file(file);
+        EXPECT_EQ(refused(file), CodeCannotOpen) << file;
+        EXPECT_NE(message.find(file), std::string::npos) << message;
+        make(path);
+        EXPECT_EQ(refused(path), 0) << path;
+    }
+}
+
 TEST_F(Connect, BadOptionsAreNamed)
 {
     EXPECT_EQ(refused(":memory:", "create; nonsense"), CodeBadCall);
