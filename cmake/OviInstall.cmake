@@ -13,8 +13,9 @@ set(data ${CMAKE_INSTALL_DATADIR}/oviext)
 set(program ${CMAKE_INSTALL_LIBEXECDIR}/oviext)
 
 # What a folder keeps to itself.
-set(internal_dorcpp answer driver errors execution keylist rowblock rowsource session spool sqltext
-    value worker)
+set(internal_dorcpp answer bigvalue cursorstate driver errors execution keylist monitoring parameter
+    positioned rowblock rowkeys rowsource secret session sessiondriver spool sqltext translate value
+    worker)
 set(internal_oviapi liveobjects resourcefile resourceformat)
 set(internal_xmlutils codepage document limits)
 set(internal_panels framelabel)

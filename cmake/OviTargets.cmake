@@ -43,6 +43,10 @@ function(ovi_target target)
         $<$<BOOL:${OVI_WERROR}>:-Werror>)
     target_include_directories(${target} PRIVATE
         ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/platform)
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE" AND OVI_SANITIZE MATCHES "address")
+        target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/sanitizer/leaks.cpp)
+    endif()
 endfunction()
 
 # Headers that turn an include of a toolkit or an engine into an error with a sentence. Every

@@ -18,7 +18,7 @@ struct Parameter {
     double real = 0;
     std::string bytes;
     // The bytes of a long value that lie elsewhere and outlive the statement, instead of `bytes`.
-    std::string_view outside;
+    std::string_view outside = {};
 
     std::string_view allBytes() const { return outside.data() ? outside : bytes; }
 };

@@ -85,8 +85,8 @@ constexpr EnglishPhrase english[] = {
     {Phrase::DbDetailTempMake, L"Making a temporary file in %ls"},
     {Phrase::DbDetailTempWrite, L"Writing a temporary file"},
     {Phrase::DbDetailTempRead, L"Reading a temporary file"},
-    {Phrase::DbDetailConnectionText,
-     L"the connection text cannot be read; write @ and / in a password as hexadecimal %40 and %2F"},
+    {Phrase::DbDetailConnectionText, L"the connection text cannot be read; a sign such as @ or / "
+                                     L"in a password is written by its number"},
     {Phrase::DbDetailNoAnswer, L"the server does not answer"},
     {Phrase::DbDetailCopy, L"COPY from or to the client is not possible here"},
     {Phrase::DbDetailZeroInText, L"a text cannot hold a zero character"},

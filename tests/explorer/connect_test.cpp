@@ -513,8 +513,8 @@ TEST_F(Connecting, TheTabKeyReachesEverythingAndComesBack)
     m_options.Connections.add(fileAt(L"/a.db"));
     ConnectDialog& dialog = opened();
     dialog.advancedButton().push();
-    EXPECT_EQ(tabStops(dialog), 12) << "list, remove, path, browse, advanced, hide, two boxes, "
-                                       "wait, test, connect, cancel";
+    EXPECT_EQ(tabStops(dialog), 13) << "list, remove, engine, path, browse, advanced, hide, two "
+                                       "boxes, wait, test, connect, cancel";
 }
 
 TEST_F(Connecting, MnemonicsAreUniqueAndNothingIsCutInBothLanguages)

@@ -4,12 +4,6 @@
 
 #include "application.h"
 
-// Fonts that were looked up stay in the caches of the font library to the end of the program.
-extern "C" const char* __lsan_default_suppressions()
-{
-    return "leak:libfontconfig";
-}
-
 // One application serves all tests.
 int main(int argc, char** argv)
 {
