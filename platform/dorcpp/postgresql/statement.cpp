@@ -23,6 +23,17 @@ namespace {
 
 constexpr size_t maxValue = 1 << 30; // bytes; the server takes no longer ones
 
+// Whether a connection ended because nothing came through the network any more. Asking the server
+// again would find out nothing.
+bool isSilence(std::string_view words)
+{
+    for (const int error : {ETIMEDOUT, EHOSTUNREACH, ENETUNREACH, ENETDOWN}) {
+        if (words.find(std::generic_category().message(error)) != std::string_view::npos)
+            return true;
+    }
+    return false;
+}
+
 bool contains(std::string_view set, char c)
 {
     return set.find(c) != std::string_view::npos;
@@ -404,13 +415,13 @@ void Link::abandon()
 
 void Link::failLost(std::string_view state, std::string_view words)
 {
-    std::string said(words);
+    std::string said(words.empty() ? PQerrorMessage(get()) : words);
     said.erase(said.find_last_not_of(" \n") + 1);
     if (m_gaveUp)
         throw errorFor("08006", detailText(OviAPI::Phrase::DbDetailNoAnswer));
     const std::string_view known = state.empty() ? std::string_view("08006") : state;
     // An administrator ends one session or the whole server with the same words.
-    if ((known == "57P01" || known == "08006") && !answers(get()))
+    if ((known == "57P01" || known == "08006") && !isSilence(said) && !answers(get()))
         throw makeEngineError(CodeServerStopped, numberOf(known), said);
     throw errorFor(known, said);
 }
