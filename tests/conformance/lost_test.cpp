@@ -1,13 +1,12 @@
 // Servers that go, and servers that stand still.
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
-#include <fstream>
 #include <thread>
 
 #include <oviapi/phrases.h>
 #include <oviapi/text.h>
 
+#include "ownserver.h"
 #include "support.h"
 
 using namespace Conformance;
@@ -161,32 +160,11 @@ class LostServer : public ::testing::Test {
 protected:
     LostServer()
     {
-        run("plain");
-        state = readServer(stateFile);
-        connection.createCS(
-            state["user"].c_str(), state["password"].c_str(),
-            ("host=127.0.0.1 port=" + state["port"] + " dbname=" + state["database"]).c_str(), "",
-            0, false, false);
+        owned.open(connection);
         cursor.create(connection, 0, nullptr, true);
     }
-    ~LostServer() override { run("stop"); }
-    void run(const std::string& action) const
-    {
-        const std::string command =
-            "python3 '" OVI_PGCLUSTER_SCRIPT "' " + action + " '" + stateFile + '\'';
-        EXPECT_EQ(std::system(command.c_str()), 0) << command;
-    }
-    pid_t mainProcess()
-    {
-        std::ifstream file(state["folder"] + "/data/postmaster.pid");
-        pid_t pid = 0;
-        file >> pid;
-        return pid;
-    }
 
-    DorTest::Folder folder;
-    std::string stateFile = folder.file("state");
-    std::map<std::string, std::string> state;
+    OwnServer owned;
     DorConnect connection;
     DorCursor cursor;
 };
@@ -197,7 +175,7 @@ TEST_F(LostServer, AServerThatStoppedIsSaidToHaveStopped)
     cursor.execute("SELECT pg_sleep(60)", &waiter);
     DorCursor second;
     second.create(connection, 0, nullptr, true);
-    run("stop");
+    owned.run("stop");
     ASSERT_TRUE(waiter.wait());
     EXPECT_EQ(waiter.status, CodeServerStopped);
     EXPECT_EQ(codeOf([&] { second.execute("SELECT 1"); }), CodeServerStopped);
@@ -206,13 +184,8 @@ TEST_F(LostServer, AServerThatStoppedIsSaidToHaveStopped)
 TEST_F(LostServer, AServerWithoutTlsIsRefusedWhereTlsIsWanted)
 {
     for (const char* host : {"host=127.0.0.1 sslmode=require", "host=127.0.0.2"}) {
-        const std::string text =
-            host + std::string(" port=") + state["port"] + " dbname=" + state["database"];
-        DorConnect other;
-        const std::string said = messageOf([&] {
-            other.createCS(state["user"].c_str(), state["password"].c_str(), text.c_str(), "", 0,
-                           false, false);
-        });
+        DorConnect other; // of a keyword that comes twice the last one counts
+        const std::string said = messageOf([&] { owned.open(other, host); });
         EXPECT_NE(said.find("SSL"), std::string::npos) << said;
     }
 }
@@ -222,7 +195,7 @@ TEST_F(LostServer, ARequestToStopThatIsNotTakenHoldsNobody)
     Waiter waiter;
     cursor.execute("SELECT pg_sleep(60)", &waiter);
     EXPECT_FALSE(waiter.wait(1, std::chrono::milliseconds(300)));
-    const pid_t pid = mainProcess();
+    const pid_t pid = owned.mainProcess();
     ASSERT_GT(pid, 0);
     ASSERT_EQ(::kill(pid, SIGSTOP), 0);
     const Stopwatch watch;

@@ -235,6 +235,68 @@ TEST_P(Sessions, AWrongTextIsToldWithItsPlace)
     EXPECT_EQ(own.value("SELECT count(*) FROM n;"), "1");
 }
 
+TEST_P(Sessions, ATextWithoutAStatementDoesNothing)
+{
+    fill(1);
+    for (const char* sql : {"", " \n\t", ";", " ; ;", "-- only said", "/* only said */", "--\n;"}) {
+        execute("SELECT id FROM n");
+        execute(sql);
+        EXPECT_EQ(cursor.columnCount(), 0) << sql;
+        EXPECT_EQ(cursor.changedRowCount(), 0) << sql;
+        Waiter waiter;
+        cursor.execute(sql, &waiter);
+        ASSERT_TRUE(waiter.wait());
+        EXPECT_EQ(waiter.status, 0) << sql;
+    }
+    cursor.execute(static_cast<const char*>(nullptr));
+    EXPECT_EQ(cursor.columnCount(), 0);
+}
+
+TEST_P(Sessions, HalfATextIsRefusedAndNothingIsExecuted)
+{
+    fill(2);
+    for (const bool inside : {false, true}) {
+        for (const char* sql :
+             {"DELETE", "DELETE FROM", "DELETE FROM n WHERE", "DELETE FROM n WHERE id IN (1",
+              "DELETE FROM n WHERE s = 'row", "DELETE FROM \"n", "UPDATE n SET",
+              "UPDATE n SET s =", "INSERT INTO n VALUES(3, 'a'", "INSERT INTO n(id,", "SELECT (",
+              "SELECT 'a", "UPDATE n SET s = Hex('41", "UPDATE n SET s = Hex(",
+              "DELETE FROM n WHERE CURRENT OF"}) {
+            if (inside)
+                change("BEGIN");
+            EXPECT_EQ(codeOf([&] { execute(sql); }), CodeSqlText) << sql;
+            if (inside)
+                change("ROLLBACK");
+            EXPECT_FALSE(connection.inTransaction()) << sql;
+        }
+    }
+    EXPECT_EQ(own.answer("SELECT s FROM n ORDER BY id"),
+              (std::vector<std::string>{"row 1", "row 2"}));
+}
+
+TEST_P(Sessions, ADatabaseThatTakesNoChangesRefusesEveryOne)
+{
+    fill(3);
+    DorConnect reading; // of a database that is so by itself, not by the client's wish
+    const std::string text = isServer() ? place.database() + "\\ -cdefault_transaction_read_only=on"
+                                        : "sqlite:" + place.database() + "?mode=ro";
+    reading.createCS(isServer() ? server().at("user").c_str() : "",
+                     isServer() ? server().at("password").c_str() : "", text.c_str(), "", 0, false,
+                     false);
+    DorCursor reader;
+    reader.create(reading, 0, nullptr, true);
+    const auto code = [&](const char* sql) { return codeOf([&] { reader.execute(sql); }); };
+    EXPECT_EQ(code("DELETE FROM n"), CodeRefused);
+    EXPECT_EQ(code("CREATE TABLE no(a INTEGER)"), CodeRefused);
+    reader.execute("SELECT id, s FROM n");
+    reader.fetch(FetchFirst, 0);
+    EXPECT_EQ(code("UPDATE n SET s='x' WHERE CURRENT OF CURSOR;"), CodeRefused);
+    EXPECT_EQ(code("DELETE FROM n  WHERE CURRENT OF CURSOR;"), CodeRefused);
+    EXPECT_EQ(edit(reader, 2, "x"), CodeRefused);
+    EXPECT_EQ(DorTest::text(reader, 2), "row 1");
+    EXPECT_EQ(own.value("SELECT count(*) FROM n WHERE s LIKE 'row %'"), "3");
+}
+
 TEST_P(Sessions, ALockOfAnotherSessionIsToldAfterTheTime)
 {
     fill(2);
