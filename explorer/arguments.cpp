@@ -50,8 +50,10 @@ const char* Arguments::helpText()
     return "Usage: oviexplorer [--tour=DIR] [--config-dir=DIR] [DATABASE]\n"
            "Shows the tables and views of a database.\n"
            "\n"
-           "  DATABASE           a file, or sqlite:PATH; without it the database that was open\n"
-           "                     last, at first a sample made of the data of this machine\n"
+           "  DATABASE           a file, sqlite:PATH, postgresql://USER@HOST/NAME or "
+           "\"host=...\";\n"
+           "                     without it the database that was open last, at first a\n"
+           "                     sample made of the data of this machine\n"
            "  --tour=DIR         walks through the program and writes pictures of it to DIR\n"
            "  --config-dir=DIR   keeps the settings below DIR\n"
            "  --help, --version  say this, and the version\n";

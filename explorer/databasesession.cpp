@@ -120,8 +120,7 @@ std::string databasePath(const std::string& name)
         const std::string path = name.substr(fileScheme.size());
         return path.substr(0, path.rfind("?mode="));
     }
-    const bool server = name.find("://") != std::string::npos;
-    return server ? std::string() : name;
+    return DorCPP::isServerName(name) ? std::string() : name;
 }
 
 std::wstring textOf(const OpenFailure& failure)
@@ -182,6 +181,7 @@ void DatabaseSession::open(const char* user, const char* password, const char* o
     } catch (const DorCPP::DorX& x) {
         throw OpenFailure(x);
     }
+    m_name = DorCPP::withoutPasswords(m_name);
 }
 
 std::wstring DatabaseSession::displayName() const

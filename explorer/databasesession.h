@@ -55,7 +55,7 @@ public:
     // long for the database client.
     DatabaseSession(const Connection& connection, const Secret& password);
 
-    // As it was opened, a path made absolute.
+    // As it was opened, without passwords; a path made absolute.
     const std::string& name() const { return m_name; }
     // The path of the file; empty for a database on a server.
     const std::string& path() const { return m_path; }

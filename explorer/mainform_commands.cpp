@@ -142,14 +142,15 @@ bool MainForm::openDatabase(const std::string& name)
 {
     if (m_sql.isRunning())
         return false;
+    const std::wstring shown = OviAPI::localeToWide(DorCPP::withoutPasswords(name));
     try {
         const DatabaseSession::Open open = [name] {
             return std::make_unique<DatabaseSession>(name);
         };
-        auto session = m_opening.run(OviAPI::localeToWide(name), open);
+        auto session = m_opening.run(shown, open);
         return session && takeSession(std::move(session), open);
     } catch (const OpenFailure& failure) {
-        showError(TextErrorOpen, OviAPI::localeToWide(name) + L"\n\n" + textOf(failure));
+        showError(TextErrorOpen, shown + L"\n\n" + textOf(failure));
         return false;
     }
 }

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include <dorcpp/connect.h>
 #include <oviapi/text.h>
 
 std::wstring resolvedDatabaseName(const std::wstring& typed, const std::wstring& directory)
@@ -15,8 +16,8 @@ std::wstring resolvedDatabaseName(const std::wstring& typed, const std::wstring&
         const char* home = std::getenv("HOME");
         return OviAPI::localeToWide(home ? home : "") + name.substr(1);
     }
-    if (name.front() == L'/' || name.compare(0, 7, L"sqlite:") == 0 ||
-        name.find(L"://") != std::wstring::npos || directory.empty())
+    if (name.front() == L'/' || name.compare(0, 7, L"sqlite:") == 0 || directory.empty() ||
+        DorCPP::isServerName(OviAPI::wideToLocale(name)))
         return name;
     return directory + (directory.back() == L'/' ? L"" : L"/") + name;
 }

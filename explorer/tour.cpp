@@ -7,6 +7,7 @@
 #include <fstream>
 #include <system_error>
 
+#include <dorcpp/connect.h>
 #include <oviapi/application.h>
 #include <oviapi/capture.h>
 #include <oviapi/inputdriver.h>
@@ -99,7 +100,9 @@ void Tour::plan(const std::string& database)
                           VirtualKey(letter('S'), OviAPI::ModifierNone, L's')});
     } else {
         keys("", {controlKey(letter('O'))});
-        step("database", [name = std::filesystem::absolute(database).string()] {
+        step("database", [name = DorCPP::isServerName(database)
+                                     ? database
+                                     : std::filesystem::absolute(database).string()] {
             InputDriver::type(OviAPI::localeToWide(name));
             InputDriver::key(OviAPI::KeyEnter);
         });

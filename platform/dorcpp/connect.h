@@ -2,6 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <string_view>
 
 #include <dorcpp/connectioninfo.h>
 #include <dorcpp/dorx.h>
@@ -70,5 +72,10 @@ private:
     std::weak_ptr<Session> m_session;
     int m_channel = 0;
 };
+
+// Whether this is the name of a database on a server.
+OVIAPI_API bool isServerName(std::string_view database);
+// The name of a database without the passwords in it: for what people see and files keep.
+OVIAPI_API std::string withoutPasswords(std::string_view database);
 
 } // namespace DorCPP

@@ -163,7 +163,7 @@ TEST_F(Stress, StopsAtAnyMomentFreeEveryHandlerOnce)
 
 TEST_F(Stress, SignalsAtAKilohertzBreakNoWait)
 {
-    sigset_t before;
+    [[maybe_unused]] sigset_t before;
     pthread_sigmask(SIG_BLOCK, nullptr, &before);
     {
         const SignalStorm storm;
@@ -172,10 +172,12 @@ TEST_F(Stress, SignalsAtAKilohertzBreakNoWait)
             stoppedExecution();
         expectAllFreed();
     }
+#ifndef __SANITIZE_THREAD__ // which runs handlers late, and may leave every signal blocked
     sigset_t after;
     pthread_sigmask(SIG_BLOCK, nullptr, &after);
     for (const int signal : {SIGCHLD, SIGUSR1, SIGIO, SIGALRM})
         EXPECT_EQ(sigismember(&after, signal), sigismember(&before, signal));
+#endif
 }
 
 TEST_F(Stress, WaitsNestWhileTheirCursorsAndWindowsComeAndGo)

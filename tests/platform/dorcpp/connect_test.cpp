@@ -223,6 +223,38 @@ TEST_F(Connect, ASessionThatIsNotRegisteredIsNotFound)
     EXPECT_EQ(codeOf([&] { second.attach(first.channel(), false); }), CodeSessionLost);
 }
 
+TEST(DatabaseName, ServersAreToldFromFiles)
+{
+    for (const char* name : {"postgresql://h/d", "postgres://h", "host=h dbname=d", " port = 1"})
+        EXPECT_TRUE(isServerName(name)) << name;
+    for (const char* name : {"", "a.db", "/a=b/c", "sqlite:a.db", "sqlite:///a.db", "/x://y"})
+        EXPECT_FALSE(isServerName(name)) << name;
+}
+
+TEST(DatabaseName, ShowsNoPassword)
+{
+    const std::pair<const char*, const char*> names[] = {
+        {"/home/me:pw@x.db", "/home/me:pw@x.db"},
+        {"sqlite:///a:b@c.db", "sqlite:///a:b@c.db"},
+        {"postgresql://me@h/d", "postgresql://me@h/d"},
+        {"postgresql://me:secret@h:5433/d", "postgresql://me@h:5433/d"},
+        {"postgresql://me:se@c:r/e?t@h/d", "postgresql://me@h/d"},
+        {"postgresql://me:se?t@h/d", "postgresql://me@h/d"},
+        {"postgresql://h:5433/d?user=a@b", "postgresql://h:5433/d?user=a@b"},
+        {"postgresql://h/d?password=secret&user=me", "postgresql://h/d?user=me"},
+        {"postgresql://h/d?user=me&sslpassword=secret", "postgresql://h/d?user=me"},
+        {"postgresql://h/d?password=secret", "postgresql://h/d"},
+        {"host=h password=secret dbname=d", "host=h dbname=d"},
+        {"host=h password = 'se cr\\'et' dbname=d", "host=h dbname=d"},
+        {"password=secret", ""},
+        {"host=h password='never ends", "host=h"},
+        {"host=h password=ends\\", "host=h"},
+        {"host=", "host="},
+    };
+    for (const auto& [name, shown] : names)
+        EXPECT_EQ(withoutPasswords(name), shown) << name;
+}
+
 TEST_F(Connect, OnlyAConnectionThatKeepsTheSessionHoldsItOpen)
 {
     auto first = std::make_unique<DorConnect>();
