@@ -391,6 +391,21 @@ TEST_P(RowStatements, ValuesComeFromParameters)
     EXPECT_EQ(codeOf([&] { cursor.execute(statement, nullptr); }), CodeRowChanged);
 }
 
+TEST_P(RowStatements, ATextWithAZeroIsStoredWholeOrNotAtAll)
+{
+    DorStatement statement;
+    statement.create(connection, setText(cursor, "a", "?").c_str(), false);
+    BindMap binds;
+    binds.bind(1, {TypeVarchar, "a\0b", 3, 0});
+    EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), isServer() ? CodeBadBind : 0);
+    if (isServer()) {
+        EXPECT_EQ(text(cursor, 2), "two");
+        expectUnchanged();
+    } else {
+        EXPECT_EQ(stored("SELECT CAST(a AS BLOB) FROM t WHERE id = 2"), Texts{"610062"});
+    }
+}
+
 TEST_P(RowStatements, AStatementGoesWithItsTransaction)
 {
     change("BEGIN");

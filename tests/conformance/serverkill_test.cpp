@@ -116,17 +116,24 @@ void Writer::execute(DorCursor& cursor, const std::string& sql, bool asynchronou
         throw DorX(cursor.lastError());
 }
 
-// In turns synchronously and not; at once, slowly, and in a transaction.
+// In turns synchronously and not; at once, with time before the row is kept and after it, and in a
+// transaction.
 void Writer::write(DorCursor& cursor, int64_t number)
 {
     const bool asynchronous = number % 2 == 0;
     const std::string value = std::to_string(number);
-    switch (m_random() % 4) {
+    switch (m_random() % 5) {
     case 0:
         execute(cursor, "INSERT INTO ledger SELECT " + value + " FROM pg_sleep(0.003)",
                 asynchronous);
         break;
     case 1:
+        execute(cursor,
+                "DO $$ BEGIN INSERT INTO ledger VALUES (" + value +
+                    "); COMMIT; PERFORM pg_sleep(0.003); END $$",
+                asynchronous);
+        break;
+    case 2:
         execute(cursor, "BEGIN", false);
         execute(cursor, "INSERT INTO ledger VALUES (" + value + ')', asynchronous);
         execute(cursor, "COMMIT", asynchronous);
@@ -297,6 +304,11 @@ TEST_F(Kills, AcknowledgedRowsAreThereOnceAndUnknownOnesOnceAtMost)
     }
     EXPECT_EQ(found.size(), writer.rows().size()) << "rows that nobody wrote";
     EXPECT_GE(writer.losses(), ended + forced);
+    if (isLong()) {
+        for (const Fate fate : {Fate::Acknowledged, Fate::Unknown, Fate::NotWritten})
+            EXPECT_GT(writer.count(fate), 0);
+        EXPECT_GT(written, 0);
+    }
     std::printf("%d ends and %d restarts: %d rows acknowledged, %d unknown (%d of them written), "
                 "%d not written\n",
                 ended, forced, writer.count(Fate::Acknowledged), writer.count(Fate::Unknown),
