@@ -5,14 +5,10 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
 #include <map>
 #include <random>
 #include <thread>
-
-#include <oviapi/phrases.h>
-#include <oviapi/text.h>
 
 #include "ownserver.h"
 #include "support.h"
@@ -22,20 +18,6 @@ using namespace Conformance;
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-bool isLong()
-{
-    const char* value = std::getenv("OVI_STRESS");
-    return value && *value == '1';
-}
-
-bool says(const DorX& x, OviAPI::Phrase phrase)
-{
-    const std::string wanted = OviAPI::wideToUtf8(OviAPI::phrase(phrase));
-    return std::any_of(x.nested().begin(), x.nested().end(), [&](const DorX& nested) {
-        return std::string(nested.what()).find(wanted) != std::string::npos;
-    });
-}
 
 bool isLoss(const DorX& x)
 {
