@@ -1,10 +1,6 @@
 // Servers that go, and servers that stand still.
-#include <algorithm>
 #include <csignal>
 #include <thread>
-
-#include <oviapi/phrases.h>
-#include <oviapi/text.h>
 
 #include "ownserver.h"
 #include "support.h"
@@ -32,14 +28,6 @@ int pidRunning(Client& client, const std::string& mark)
     }
     ADD_FAILURE() << mark << " does not run";
     return 0;
-}
-
-bool says(const DorX& x, OviAPI::Phrase phrase)
-{
-    const std::string wanted = OviAPI::wideToUtf8(OviAPI::phrase(phrase));
-    return std::any_of(x.nested().begin(), x.nested().end(), [&](const DorX& nested) {
-        return std::string(nested.what()).find(wanted) != std::string::npos;
-    });
 }
 
 class Lost : public OnPostgresql {

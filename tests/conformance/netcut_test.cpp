@@ -82,8 +82,7 @@ const char* const countSleeping =
 TEST(NetworkCut, IsToldToTheRunningStatementAndToTheNextOne)
 {
     if (!std::getenv(variable)) {
-        const char* stress = std::getenv("OVI_STRESS");
-        if (!stress || *stress != '1')
+        if (!isLong())
             GTEST_SKIP() << "only with OVI_STRESS=1";
         if (!isPossible())
             GTEST_SKIP() << "this user can have no network of its own, or cannot cut it";

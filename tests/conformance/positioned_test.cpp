@@ -56,12 +56,11 @@ protected:
     }
     int set(const std::string& column, const std::string& value)
     {
-        const std::string sql = setText(cursor, column, value);
-        return codeOf([&] { cursor.execute(sql.c_str()); });
+        return codeOfExecute(setText(cursor, column, value));
     }
     int codeOfExecute(const std::string& sql)
     {
-        return codeOf([&] { cursor.execute(sql.c_str()); });
+        return codeOf([&] { execute(sql); });
     }
     // What another session sees.
     Texts stored(const std::string& sql = "SELECT a FROM t ORDER BY id")
@@ -69,12 +68,12 @@ protected:
         return Client(place).answer(sql);
     }
     void expectUnchanged() { EXPECT_EQ(stored(), (Texts{"one", "two", "three"})); }
-    // Lets the engine change a row of the table that a statement has just changed.
-    void makeTrigger(const std::string& table)
+    // Lets the engine change a row again that a statement has just changed.
+    void makeTrigger()
     {
         const std::string action =
-            "UPDATE " + table + " SET n = n + 1, d = '2001-02-03 04:05:06' WHERE id = NEW.id; ";
-        const std::string trigger = "CREATE TRIGGER up AFTER UPDATE OF a ON " + table;
+            "UPDATE t SET n = n + 1, d = '2001-02-03 04:05:06' WHERE id = NEW.id; ";
+        const std::string trigger = "CREATE TRIGGER up AFTER UPDATE OF a ON t";
         if (!isServer()) {
             change(trigger + " BEGIN " + action + "END");
             return;
@@ -358,7 +357,7 @@ TEST_P(RowStatements, FormsThatAreNotUnderstoodNeverReachTheEngine)
 
 TEST_P(RowStatements, WhatTriggersMadeOfTheRowIsShown)
 {
-    makeTrigger("t");
+    makeTrigger();
     EXPECT_EQ(set("a", "'new'"), 0);
     EXPECT_EQ(text(cursor, 5), "8");
     EXPECT_EQ(text(cursor, 4), "2001-02-03 04:05:06");
@@ -389,6 +388,21 @@ TEST_P(RowStatements, ValuesComeFromParameters)
     }
     stranger.execute("UPDATE t SET n = 12 WHERE id = 2");
     EXPECT_EQ(codeOf([&] { cursor.execute(statement, nullptr); }), CodeRowChanged);
+}
+
+TEST_P(RowStatements, ATextWithAZeroIsStoredWholeOrNotAtAll)
+{
+    DorStatement statement;
+    statement.create(connection, setText(cursor, "a", "?").c_str(), false);
+    BindMap binds;
+    binds.bind(1, {TypeVarchar, "a\0b", 3, 0});
+    EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), isServer() ? CodeBadBind : 0);
+    if (isServer()) {
+        EXPECT_EQ(text(cursor, 2), "two");
+        expectUnchanged();
+    } else {
+        EXPECT_EQ(stored("SELECT CAST(a AS BLOB) FROM t WHERE id = 2"), Texts{"610062"});
+    }
 }
 
 TEST_P(RowStatements, AStatementGoesWithItsTransaction)

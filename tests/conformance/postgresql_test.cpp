@@ -469,3 +469,20 @@ TEST_F(Server, ATriggerThatSuppressesAChangeIsNotTakenForSuccess)
     EXPECT_NE(edit(2, "b"), 0);
     EXPECT_EQ(text(cursor, 2), "a");
 }
+
+TEST_F(Server, ARowKnownByItsPlaceIsMissedWhenATriggerMovesItAgain)
+{
+    execute("CREATE TABLE g(s text, n int)");
+    execute("INSERT INTO g VALUES ('a', 1), ('b', 1)");
+    execute("CREATE FUNCTION again() RETURNS trigger LANGUAGE plpgsql AS "
+            "$$ BEGIN UPDATE g SET n = n + 1 WHERE s = NEW.s; RETURN NULL; END $$");
+    execute("CREATE TRIGGER t AFTER UPDATE OF s ON g FOR EACH ROW EXECUTE FUNCTION again()");
+    execute("SELECT s, n FROM g");
+    cursor.fetch(FetchFirst, 0);
+    execute("UPDATE g SET s = 'new' WHERE CURRENT OF CURSOR");
+    EXPECT_EQ(cursor.changedRowCount(), 1);
+    EXPECT_EQ(codeOf([&] { text(cursor, 1); }), CodeRowGone);
+    EXPECT_EQ(codeOf([&] { execute("DELETE FROM g WHERE CURRENT OF CURSOR"); }), CodeRowGone);
+    EXPECT_EQ(own.answer("SELECT s, n FROM g ORDER BY s"),
+              (std::vector<std::string>{"b|1", "new|2"}));
+}

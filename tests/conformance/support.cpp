@@ -1,9 +1,13 @@
 #include "support.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <stdexcept>
 
 #include <unistd.h>
+
+#include <oviapi/text.h>
 
 namespace Conformance {
 
@@ -24,6 +28,20 @@ const std::map<std::string, std::string>& server()
 {
     static const auto state = readServer(OVI_PGCLUSTER);
     return state;
+}
+
+bool isLong()
+{
+    const char* value = std::getenv("OVI_STRESS");
+    return value && *value == '1';
+}
+
+bool says(const DorX& x, OviAPI::Phrase phrase)
+{
+    const std::string wanted = OviAPI::wideToUtf8(OviAPI::phrase(phrase));
+    return std::any_of(x.nested().begin(), x.nested().end(), [&](const DorX& nested) {
+        return std::string(nested.what()).find(wanted) != std::string::npos;
+    });
 }
 
 namespace {

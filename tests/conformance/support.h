@@ -35,6 +35,12 @@ inline std::string nameOf(const ::testing::TestParamInfo<Engine>& info)
 std::map<std::string, std::string> readServer(const std::string& stateFile);
 const std::map<std::string, std::string>& server();
 
+// Whether this is the long suite: OVI_STRESS=1.
+bool isLong();
+
+// Whether an error has a nested record of this phrase.
+bool says(const DorX& x, OviAPI::Phrase phrase);
+
 // A database that the test has for itself: a file, or a schema of the test server.
 class Place {
 public:
