@@ -365,6 +365,24 @@ TEST_F(Server, ACommitThatUndoesIsAnError)
     EXPECT_EQ(own.value("SELECT count(*) FROM c"), "0");
 }
 
+// The server answers such a statement first and commits it afterwards.
+TEST_F(Server, WhatIsRefusedAtTheCommitOfItsOwnIsAnError)
+{
+    execute("CREATE TABLE p(id int PRIMARY KEY)");
+    execute("CREATE TABLE d(id int PRIMARY KEY, p int REFERENCES p DEFERRABLE INITIALLY DEFERRED)");
+    execute("INSERT INTO p VALUES (1)");
+    execute("INSERT INTO d VALUES (1, 1)");
+    EXPECT_EQ(codeOf([&] { execute("INSERT INTO d VALUES (2, 2)"); }), CodeRefused);
+    EXPECT_EQ(codeOf([&] { execute("INSERT INTO d VALUES (2, 2) RETURNING id"); }), CodeRefused);
+    EXPECT_FALSE(connection.inTransaction());
+
+    execute("SELECT id, p FROM d");
+    cursor.fetch(FetchFirst, 0);
+    EXPECT_EQ(codeOf([&] { cursor.execute("UPDATE d SET p = 2 WHERE CURRENT OF CURSOR"); }),
+              CodeRefused);
+    EXPECT_EQ(own.value("SELECT string_agg(id || ':' || p, ',') FROM d"), "1:1");
+}
+
 TEST_F(Server, SavepointsOfTheUserAreKept)
 {
     execute("CREATE TABLE s(id int PRIMARY KEY, t text)");

@@ -457,11 +457,22 @@ void Link::check(Result& result)
     throw errorFor(result.get());
 }
 
+// Reads what follows a good result. The server commits a statement of its own only now, so it may
+// still fail.
+void Link::finish()
+{
+    while (Result rest = next())
+        check(rest);
+    m_outstanding = false;
+    if (isLost())
+        failLost(m_words.state, m_words.text);
+}
+
 Result Link::take()
 {
     Result first = next();
     check(first);
-    drain();
+    finish();
     return first;
 }
 
@@ -472,7 +483,7 @@ Result Link::takeRows(const std::function<void(const PGresult*)>& row)
         Result result = next();
         if (!result || PQresultStatus(result.get()) != PGRES_SINGLE_TUPLE) {
             check(result);
-            drain();
+            finish();
             return result;
         }
         try {
@@ -489,7 +500,7 @@ void Link::takeCopy(const std::function<void(std::string_view)>& message)
     Result start = next();
     if (!start || PQresultStatus(start.get()) != PGRES_COPY_OUT) {
         check(start);
-        drain();
+        finish();
         return;
     }
     while (true) {
@@ -514,7 +525,7 @@ void Link::takeCopy(const std::function<void(std::string_view)>& message)
     }
     Result end = next();
     check(end);
-    drain();
+    finish();
 }
 
 std::vector<DescribedColumn> describedColumns(const PGresult* result)

@@ -152,8 +152,9 @@ private:
     void lookAtStop();
     void giveUp();
     Result next();
-    // Takes what is left of the statement.
+    // Takes what is left of the statement, whatever it is; and after a good result, throws its error.
     void drain();
+    void finish();
     // Stops the statement and takes what is left of it.
     void abandon();
     void check(Result& result);
