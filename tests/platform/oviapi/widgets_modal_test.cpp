@@ -158,6 +158,7 @@ TEST(Modal, AModalFormBlocksTheOthers)
     EXPECT_EQ(below.pushes, 1);
     Dialog above(250);
     Soon end([&] {
+        UiDriver::showAndActivate(above); // a window manager takes its time
         UiDriver::click(below.button);
         UiDriver::click(above.button);
         above.exitModal(1);
@@ -165,6 +166,7 @@ TEST(Modal, AModalFormBlocksTheOthers)
     above.execModal();
     EXPECT_EQ(below.pushes, 1);
     EXPECT_EQ(above.pushes, 1);
+    UiDriver::showAndActivate(below);
     UiDriver::click(below.button);
     EXPECT_EQ(below.pushes, 2) << "free again";
 }
