@@ -31,6 +31,8 @@
 
 #include <dorcpp/cursor.h>
 
+#include "cputime.h"
+
 using namespace DorCPP;
 
 namespace {
@@ -53,12 +55,7 @@ double since(Clock::time_point start)
 class Times {
 public:
     void add(double milliseconds) { m_all.push_back(milliseconds); }
-    double median()
-    {
-        const auto middle = m_all.begin() + static_cast<std::ptrdiff_t>(m_all.size() / 2);
-        std::nth_element(m_all.begin(), middle, m_all.end());
-        return *middle;
-    }
+    double median() const { return ::median(m_all); }
     double maximum() const { return *std::max_element(m_all.begin(), m_all.end()); }
 
 private:
@@ -119,7 +116,7 @@ void makeTable(const DorConnect& connection, const std::string& rows)
                        .c_str());
 }
 
-bool report(const char* name, const char* what, Times& times, double limit)
+bool report(const char* name, const char* what, const Times& times, double limit)
 {
     const bool good = times.maximum() <= limit;
     std::printf("%-10s %-14s median %8.3f  maximum %8.3f  limit %5.0f%s\n", name, what,

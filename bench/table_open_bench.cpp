@@ -31,6 +31,7 @@
 #include <sqlite3.h>
 #include <sys/resource.h>
 
+#include "cputime.h"
 #include "data/dordataset.h"
 
 namespace {
@@ -53,12 +54,6 @@ double milliseconds(const std::function<void()>& work)
     const double start = now();
     work();
     return now() - start;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 double peakMiB()

@@ -14,7 +14,7 @@ set(program ${CMAKE_INSTALL_LIBEXECDIR}/oviext)
 
 # What a folder keeps to itself.
 set(internal_dorcpp answer bigvalue cursorstate driver errors execution keylist monitoring parameter
-    positioned rowblock rowkeys rowsource secret session sessiondriver spool sqltext translate value
+    positioned rowblock rowkeys rowsource secret session sessiondriver signalsblocked spool sqltext translate value
     worker)
 set(internal_oviapi liveobjects resourcefile resourceformat)
 set(internal_xmlutils codepage document limits)

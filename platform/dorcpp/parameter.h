@@ -35,6 +35,17 @@ inline Value valueOf(const Parameter& parameter)
     return value;
 }
 
+// A value with bytes of its own.
+inline Parameter parameterOf(const Value& value)
+{
+    Parameter parameter;
+    parameter.kind = value.kind;
+    parameter.integer = value.integer;
+    parameter.real = value.real;
+    parameter.bytes = value.bytes();
+    return parameter;
+}
+
 using Parameters = std::vector<std::pair<int, Parameter>>; // by parameter number, from 1
 
 } // namespace DorCPP

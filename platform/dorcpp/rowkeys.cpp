@@ -9,6 +9,12 @@ size_t RowKeys::size() const
     return static_cast<size_t>(std::get<Spool>(m_keys).rows());
 }
 
+void RowKeys::replace(size_t row, std::vector<Parameter> key)
+{
+    if (!isPacked() || key.front().integer != packed(row))
+        m_changed[row] = std::move(key);
+}
+
 bool RowKeys::wasDropped(size_t row) const
 {
     const auto at = m_changed.find(row);
@@ -36,10 +42,7 @@ Parameter RowKeys::part(size_t row, size_t column)
         Spool& keys = spool();
         const auto r = static_cast<int64_t>(row);
         const Value value = keys.value(r, column);
-        part.kind = value.kind;
-        part.integer = value.integer;
-        part.real = value.real;
-        part.bytes = value.bytes();
+        part = parameterOf(value);
         if (value.held < value.length) {
             part.bytes.resize(value.length);
             keys.piece(r, column, 0, part.bytes.data(), part.bytes.size());

@@ -45,7 +45,7 @@ public:
     // The value of a key column, with all its bytes.
     Parameter part(size_t row, size_t column);
 
-    void replace(size_t row, std::vector<Parameter> key) { m_changed[row] = std::move(key); }
+    void replace(size_t row, std::vector<Parameter> key);
     void drop(size_t row) { m_changed[row] = std::nullopt; }
 
 private:

@@ -489,6 +489,25 @@ std::string keyPassText(const KeyedSelect& select, const std::vector<std::string
     return text + " FROM (" + inner + ") AS \"row keys\"";
 }
 
+std::string whereKeyText(SqlDialect dialect, const std::vector<std::string>& key,
+                         const std::string& alias, int firstNumber)
+{
+    std::string text;
+    for (const std::string& column : key) {
+        text += (text.empty() ? " WHERE " : " AND ") + alias + column + " = " +
+                numberedParameter(dialect, firstNumber++);
+    }
+    return text;
+}
+
+std::string returningText(const std::vector<std::string>& key)
+{
+    std::string text;
+    for (const std::string& column : key)
+        text += (text.empty() ? " RETURNING " : ", ") + column;
+    return text;
+}
+
 std::string probeText(const KeyedSelect& select, const std::vector<std::string>& key)
 {
     std::string text = selectWithKey(select, key) + " WHERE 1 = 0";

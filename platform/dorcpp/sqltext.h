@@ -86,6 +86,11 @@ std::vector<bool> subqueryColumns(const SqlText& list, size_t columns);
 // The statement that gives the keys alone, in the order of the rows. key: expressions such as
 // "rowid", without the alias.
 std::string keyPassText(const KeyedSelect& select, const std::vector<std::string>& key);
+// " WHERE t.k1 = ?n AND ..."; alias: with its point, or empty.
+std::string whereKeyText(SqlDialect dialect, const std::vector<std::string>& key,
+                         const std::string& alias, int firstNumber);
+// " RETURNING k1, ..."
+std::string returningText(const std::vector<std::string>& key);
 // A statement without a row, unless the list holds an aggregate.
 std::string probeText(const KeyedSelect& select, const std::vector<std::string>& key);
 

@@ -1,33 +1,16 @@
 #include <dorcpp/worker.h>
 
-#include <csignal>
 #include <system_error>
 
 #include <dorcpp/errors.h>
 #include <dorcpp/session.h>
+#include <dorcpp/signalsblocked.h>
 
 namespace DorCPP {
 
 namespace {
 
 std::atomic<void (*)()> wakeUpFunction = nullptr;
-
-// The user-interface thread gets the process's signals, never a worker.
-class SignalsBlocked {
-public:
-    SignalsBlocked()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-private:
-    sigset_t m_before;
-};
 
 } // namespace
 

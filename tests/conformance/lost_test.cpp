@@ -30,6 +30,19 @@ int pidRunning(Client& client, const std::string& mark)
     return 0;
 }
 
+// Closes a cursor whose statement runs on a server that a halted process holds up.
+void closeWhileHalted(DorCursor& cursor, Waiter& waiter, pid_t pid)
+{
+    ASSERT_EQ(::kill(pid, SIGSTOP), 0);
+    const Stopwatch watch;
+    cursor.close();
+    EXPECT_LT(watch.ms(), 50);
+    EXPECT_TRUE(waiter.wait());
+    EXPECT_LT(watch.ms(), 3000);
+    EXPECT_EQ(waiter.status, CodeSessionLost);
+    ::kill(pid, SIGCONT);
+}
+
 class Lost : public OnPostgresql {
 protected:
     void end(const std::string& pid)
@@ -129,14 +142,7 @@ TEST_F(Lost, AServerProcessThatStandsStillHoldsNobody)
     Waiter waiter;
     cursor.execute("SELECT pg_sleep(57)", &waiter);
     const int pid = pidRunning(other, "pg_sleep(57)");
-    ASSERT_EQ(::kill(pid, SIGSTOP), 0);
-    const Stopwatch watch;
-    cursor.close();
-    EXPECT_LT(watch.ms(), 50);
-    EXPECT_TRUE(waiter.wait());
-    EXPECT_LT(watch.ms(), 3000);
-    EXPECT_EQ(waiter.status, CodeSessionLost);
-    ::kill(pid, SIGCONT);
+    closeWhileHalted(cursor, waiter, pid);
     Waiter next;
     cursor.execute("SELECT 1", &next);
     ASSERT_TRUE(next.wait());
@@ -185,12 +191,5 @@ TEST_F(LostServer, ARequestToStopThatIsNotTakenHoldsNobody)
     EXPECT_FALSE(waiter.wait(1, std::chrono::milliseconds(300)));
     const pid_t pid = owned.mainProcess();
     ASSERT_GT(pid, 0);
-    ASSERT_EQ(::kill(pid, SIGSTOP), 0);
-    const Stopwatch watch;
-    cursor.close();
-    EXPECT_LT(watch.ms(), 50);
-    EXPECT_TRUE(waiter.wait());
-    EXPECT_LT(watch.ms(), 3000);
-    EXPECT_EQ(waiter.status, CodeSessionLost);
-    ::kill(pid, SIGCONT);
+    closeWhileHalted(cursor, waiter, pid);
 }

@@ -34,6 +34,16 @@ int letter(char c)
     return OviAPI::KeyA + (c - 'A');
 }
 
+bool dialogIsOpen()
+{
+    return OviAPI::WForm::topModal() != nullptr;
+}
+
+bool noDialogIsOpen()
+{
+    return !dialogIsOpen();
+}
+
 class MainWindow : public testing::Test {
 protected:
     MainWindow()
@@ -78,6 +88,18 @@ protected:
                 m_form->list().SetFocusCell(1, static_cast<long>(i) + 1);
         }
         ASSERT_TRUE(ready());
+    }
+    // Opens a dialog by key, types the path of the small database and leaves by another key.
+    void typeSmallInto(const VirtualKey& opening, int leaving)
+    {
+        Script script;
+        script.step(dialogIsOpen, [&] {
+            InputDriver::type(file("small.db").wstring());
+            InputDriver::key(VirtualKey(leaving));
+        });
+        script.step(noDialogIsOpen);
+        InputDriver::key(opening);
+        ASSERT_TRUE(waitFor([&] { return script.isDone(); }));
     }
     std::wstring field(MainStatus::Field f) { return m_form->status().field(f); }
 
@@ -354,16 +376,6 @@ TEST_F(MainWindow, ClosesTheDatabaseByKey)
     EXPECT_EQ(m_form->title(), L"Database Explorer");
 }
 
-bool dialogIsOpen()
-{
-    return OviAPI::WForm::topModal() != nullptr;
-}
-
-bool noDialogIsOpen()
-{
-    return !dialogIsOpen();
-}
-
 TEST_F(MainWindow, AsksForAPathByKey)
 {
     makeSmall();
@@ -381,28 +393,14 @@ TEST_F(MainWindow, AsksForAPathByKey)
 TEST_F(MainWindow, EscapeLeavesTheDialogWithoutOpening)
 {
     makeSmall();
-    Script script;
-    script.step(dialogIsOpen, [this] {
-        InputDriver::type(file("small.db").wstring());
-        InputDriver::key(VirtualKey(OviAPI::KeyEscape));
-    });
-    script.step(noDialogIsOpen);
-    InputDriver::key(control(letter('O')));
-    ASSERT_TRUE(waitFor([&] { return script.isDone(); }));
+    typeSmallInto(control(letter('O')), OviAPI::KeyEscape);
     EXPECT_EQ(m_form->session(), nullptr);
 }
 
 TEST_F(MainWindow, ConnectsByKeyAndRemembersIt)
 {
     makeSmall();
-    Script script;
-    script.step(dialogIsOpen, [this] {
-        InputDriver::type(file("small.db").wstring());
-        InputDriver::key(VirtualKey(OviAPI::KeyEnter));
-    });
-    script.step(noDialogIsOpen);
-    InputDriver::key({letter('O'), OviAPI::ModifierControl | OviAPI::ModifierShift});
-    ASSERT_TRUE(waitFor([&] { return script.isDone(); }));
+    typeSmallInto({letter('O'), OviAPI::ModifierControl | OviAPI::ModifierShift}, OviAPI::KeyEnter);
     ASSERT_NE(m_form->session(), nullptr);
     EXPECT_EQ(m_form->title(), L"small.db - Database Explorer");
     ASSERT_EQ(m_options.Connections.all().size(), 1U);
@@ -412,14 +410,7 @@ TEST_F(MainWindow, ConnectsByKeyAndRemembersIt)
 TEST_F(MainWindow, WhatWasOpenedByItsPathIsARecentConnection)
 {
     makeSmall();
-    Script script;
-    script.step(dialogIsOpen, [this] {
-        InputDriver::type(file("small.db").wstring());
-        InputDriver::key(VirtualKey(OviAPI::KeyEnter));
-    });
-    script.step(noDialogIsOpen);
-    InputDriver::key(control(letter('O')));
-    ASSERT_TRUE(waitFor([&] { return script.isDone(); }));
+    typeSmallInto(control(letter('O')), OviAPI::KeyEnter);
     ASSERT_EQ(m_options.Connections.all().size(), 1U);
     EXPECT_EQ(m_options.Connections.all()[0].path, file("small.db").wstring());
 }

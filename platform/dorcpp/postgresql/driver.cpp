@@ -237,17 +237,17 @@ Result PostgresqlDriver::runAny(const SqlText& text, const std::string& sql,
             });
         }
     }
-    const bool inside = inTransaction();
-    try {
+    // What is repeated must have been undone as a whole: a procedure may have committed.
+    const StatementKind kind = kindOf(text);
+    const bool isWhole = kind == StatementKind::Query || kind == StatementKind::Modify;
+    if (!wasKept || !isWhole || inTransaction())
         return runKept(sql, parameters, result);
-    } catch (const DorX& x) {
-        if (!wasKept || inside || !isOutdated(x))
-            throw;
-    }
-    m_cache.clear(true);
-    m_tables.clear();
-    result = StatementResult();
-    return runKept(sql, parameters, result);
+    Result end;
+    again([&] {
+        result = StatementResult();
+        end = runKept(sql, parameters, result);
+    });
+    return end;
 }
 
 Result PostgresqlDriver::runKept(const std::string& sql, const Parameters& parameters,

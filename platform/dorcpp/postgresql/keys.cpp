@@ -176,16 +176,6 @@ const std::vector<std::string>& placeKey()
     return key;
 }
 
-std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber)
-{
-    std::string text;
-    for (const std::string& column : key.columns) {
-        text += (text.empty() ? " WHERE " : " AND ") + alias + column + " = $" +
-                std::to_string(firstNumber++);
-    }
-    return text;
-}
-
 void setKey(Values& values, int firstNumber, RowKeys& keys, size_t row)
 {
     for (size_t i = 0; i < keys.columns(); ++i)
@@ -200,16 +190,6 @@ void setKeyArrays(Values& values, RowKeys& keys, size_t first, size_t count)
             appendElement(array, keys.part(row, column));
         values.set(static_cast<int>(column) + 1, array + '}');
     }
-}
-
-Parameter ownValue(const Value& value)
-{
-    Parameter own;
-    own.kind = value.kind;
-    own.integer = value.integer;
-    own.real = value.real;
-    own.bytes = value.bytes();
-    return own;
 }
 
 void PostgresqlDriver::readKeys(const std::string& sql, const Parameters& parameters,
@@ -431,8 +411,9 @@ size_t PostgresqlDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t 
         sql = "SELECT substring(" +
               (type == ByteaType ? value : "convert_to(" + value + "::text, 'UTF8')") + ", $" +
               std::to_string(next) + "::int4, $" + std::to_string(next + 1) + "::int4) FROM (" +
-              plainText(text) + whereKey(text.key, text.alias + '.', 1) + ") AS \"rows\"(" + names +
-              ')';
+              plainText(text) +
+              whereKeyText(SqlDialect::Postgresql, text.key.columns, text.alias + '.', 1) +
+              ") AS \"rows\"(" + names + ')';
         Values values(next + 1);
         setKey(values, 1, keys, row);
         const std::vector<std::string> asked = values.own();

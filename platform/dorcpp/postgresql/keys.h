@@ -12,14 +12,9 @@ namespace DorCPP::Postgresql {
 // was there, for the place alone may be another row's by now.
 const std::vector<std::string>& placeKey();
 
-// " WHERE t.k1 = $n AND ..."; alias: with its point, or empty.
-std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber);
 void setKey(Values& values, int firstNumber, RowKeys& keys, size_t row);
 
 // The keys of rows as arrays, one parameter for each key column.
 void setKeyArrays(Values& values, RowKeys& keys, size_t first, size_t count);
-
-// A value that outlives the result it came from.
-Parameter ownValue(const Value& value);
 
 } // namespace DorCPP::Postgresql

@@ -44,14 +44,6 @@ Guard guardOf(const KeyedText& text, const RowBlock& seen, size_t place, int fir
     return guard;
 }
 
-std::string returning(const TableKey& key)
-{
-    std::string text;
-    for (const std::string& column : key.columns)
-        text += (text.empty() ? " RETURNING " : ", ") + column;
-    return text;
-}
-
 } // namespace
 
 void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
@@ -60,8 +52,9 @@ void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t ro
     const int keyNumber = ServerText(statement.text).parameters() + 1;
     const int guardNumber = keyNumber + static_cast<int>(text.key.columns.size());
     const Guard guard = guardOf(text, seen, place, guardNumber);
-    const std::string sql = statement.text + whereKey(text.key, "", keyNumber) + guard.text +
-                            (statement.deletes ? " RETURNING 1" : returning(text.key));
+    const std::string sql =
+        statement.text + whereKeyText(SqlDialect::Postgresql, text.key.columns, "", keyNumber) +
+        guard.text + (statement.deletes ? " RETURNING 1" : returningText(text.key.columns));
     const bool inside = inTransaction();
     Savepoint change(*m_link);
     const Prepared& prepared = kept(sql);
@@ -83,7 +76,9 @@ void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t ro
         Values key(static_cast<int>(text.key.columns.size()));
         setKey(key, 1, keys, row);
         const Result still =
-            query("SELECT 1 FROM " + text.from + whereKey(text.key, text.alias + '.', 1), key);
+            query("SELECT 1 FROM " + text.from +
+                      whereKeyText(SqlDialect::Postgresql, text.key.columns, text.alias + '.', 1),
+                  key);
         change.release();
         throw makeError(PQntuples(still.get()) > 0 ? CodeRowChanged : CodeRowGone);
     }
@@ -96,9 +91,8 @@ void PostgresqlDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t ro
     key.reserve(text.key.columns.size());
     std::string own;
     for (int i = 0; i < PQnfields(result.get()); ++i)
-        key.push_back(ownValue(valueAt(result.get(), 0, i, own)));
-    if (!keys.isPacked() || key.front().integer != keys.packed(row))
-        keys.replace(row, std::move(key));
+        key.push_back(parameterOf(valueAt(result.get(), 0, i, own)));
+    keys.replace(row, std::move(key));
 }
 
 } // namespace DorCPP::Postgresql

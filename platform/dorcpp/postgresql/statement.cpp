@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <charconv>
 #include <condition_variable>
-#include <csignal>
 #include <cstdlib>
 #include <mutex>
 #include <system_error>
@@ -15,6 +14,7 @@
 
 #include <dorcpp/errors.h>
 #include <dorcpp/postgresql/errors.h>
+#include <dorcpp/signalsblocked.h>
 #include <dorcpp/value.h>
 
 namespace DorCPP::Postgresql {
@@ -70,23 +70,6 @@ int numberIn(std::string_view digits)
         throw makeError(CodeBadBind, "there is no parameter " + std::string(digits));
     return number;
 }
-
-// Signals go to the thread of the user interface, never to one of these.
-class SignalsBlocked {
-public:
-    SignalsBlocked()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &m_before);
-    }
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-    SignalsBlocked(const SignalsBlocked&) = delete;
-    SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
-private:
-    sigset_t m_before;
-};
 
 } // namespace
 

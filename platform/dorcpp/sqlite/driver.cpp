@@ -63,7 +63,8 @@ void checkColumns(sqlite3_stmt* statement, const KeyedText& text, int extra)
 
 std::string rowText(const KeyedText& text)
 {
-    return "SELECT " + text.list + " FROM " + text.from + whereKey(text.key, text.alias + '.', 1);
+    return "SELECT " + text.list + " FROM " + text.from +
+           whereKeyText(SqlDialect::Sqlite, text.key.columns, text.alias + '.', 1);
 }
 
 std::string rangeText(const KeyedText& text)

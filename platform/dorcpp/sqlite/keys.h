@@ -8,8 +8,6 @@
 
 namespace DorCPP::Sqlite {
 
-// " WHERE t.k1 = ?n AND ..."; alias: with its point, or empty.
-std::string whereKey(const TableKey& key, const std::string& alias, int firstNumber);
 void bindKey(Use& use, int firstNumber, RowKeys& keys, size_t row);
 
 } // namespace DorCPP::Sqlite

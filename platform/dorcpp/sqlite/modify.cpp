@@ -63,27 +63,15 @@ Guard guardOf(const KeyedText& text, const RowBlock& seen, size_t place, int fir
     return guard;
 }
 
-std::string returning(const TableKey& key)
-{
-    std::string text;
-    for (const std::string& column : key.columns)
-        text += (text.empty() ? " RETURNING " : ", ") + column;
-    return text;
-}
-
 std::vector<Parameter> keyFrom(sqlite3_stmt* statement, size_t columns, bool utf8)
 {
     RowBlock row(columns);
     row.beginRow();
     takeCells(statement, 0, static_cast<int>(columns), utf8, row);
-    std::vector<Parameter> key(columns);
-    for (size_t i = 0; i < columns; ++i) {
-        const Value value = row.value(0, i);
-        key[i].kind = value.kind;
-        key[i].integer = value.integer;
-        key[i].real = value.real;
-        key[i].bytes = value.bytes();
-    }
+    std::vector<Parameter> key;
+    key.reserve(columns);
+    for (size_t i = 0; i < columns; ++i)
+        key.push_back(parameterOf(row.value(0, i)));
     return key;
 }
 
@@ -96,8 +84,9 @@ void SqliteDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
     const int keyNumber = ownParameters + 1;
     const int guardNumber = keyNumber + static_cast<int>(text.key.columns.size());
     const Guard guard = guardOf(text, seen, place, guardNumber, m_utf8);
-    const std::string sql = statement.text + whereKey(text.key, "", keyNumber) + guard.text +
-                            (statement.deletes ? " RETURNING 1" : returning(text.key));
+    const std::string sql =
+        statement.text + whereKeyText(SqlDialect::Sqlite, text.key.columns, "", keyNumber) +
+        guard.text + (statement.deletes ? " RETURNING 1" : returningText(text.key.columns));
     {
         // A text with values in it will not come again.
         const StatementPtr own =
@@ -116,13 +105,14 @@ void SqliteDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
             use.reset();
             if (statement.deletes)
                 keys.drop(row);
-            else if (!keys.isPacked() || key.front().integer != keys.packed(row))
+            else
                 keys.replace(row, std::move(key));
             return;
         }
     }
     Use still(m_db.get(),
-              m_cache.get("SELECT 1 FROM " + text.from + whereKey(text.key, text.alias + '.', 1)));
+              m_cache.get("SELECT 1 FROM " + text.from +
+                          whereKeyText(SqlDialect::Sqlite, text.key.columns, text.alias + '.', 1)));
     bindKey(still, 1, keys, row);
     throw makeError(still.step() ? CodeRowChanged : CodeRowGone);
 }

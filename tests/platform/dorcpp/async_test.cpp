@@ -37,6 +37,22 @@ protected:
     int status = 99;
 };
 
+// Another session that holds the lock for writing.
+class OtherWriter {
+public:
+    explicit OtherWriter(const std::string& path)
+    {
+        open(m_connection, path, "");
+        m_cursor.create(m_connection, 0, nullptr, true);
+        m_cursor.execute("BEGIN IMMEDIATE");
+    }
+    void end() { m_cursor.execute("ROLLBACK"); }
+
+private:
+    DorConnect m_connection;
+    DorCursor m_cursor;
+};
+
 std::atomic<int> woken = 0;
 std::mutex wokenMutex;
 std::condition_variable wokenCondition;
@@ -340,11 +356,7 @@ TEST_F(Async, SeveralThreadsShareASession)
 TEST_F(Async, NeitherStartNorCloseWaitsForAnotherThreadsStatement)
 {
     fill(10);
-    DorConnect otherSession;
-    open(otherSession, path(), "");
-    DorCursor holder;
-    holder.create(otherSession, 0, nullptr, true);
-    holder.execute("BEGIN IMMEDIATE");
+    OtherWriter holder(path());
     const int channel = connection.channel();
     std::atomic<bool> ended = false;
     std::atomic<bool> started = false;
@@ -363,7 +375,7 @@ TEST_F(Async, NeitherStartNorCloseWaitsForAnotherThreadsStatement)
     cursor.execute(endless, &waiter);
     cursor.close();
     EXPECT_FALSE(ended);
-    holder.execute("ROLLBACK");
+    holder.end();
     waiting.join();
     waiter.wait();
     EXPECT_EQ(waiter.status, CodeCancelled);
@@ -372,17 +384,13 @@ TEST_F(Async, NeitherStartNorCloseWaitsForAnotherThreadsStatement)
 TEST_F(Async, AStatementThatWaitsForALockIsCancelled)
 {
     fill(10);
-    DorConnect otherSession;
-    open(otherSession, path(), "");
-    DorCursor holder;
-    holder.create(otherSession, 0, nullptr, true);
-    holder.execute("BEGIN IMMEDIATE");
+    OtherWriter holder(path());
     Waiter waiter;
     cursor.execute("DELETE FROM n", &waiter);
     cursor.close();
     waiter.wait(); // while the lock is held
     EXPECT_EQ(waiter.status, CodeCancelled);
-    holder.execute("ROLLBACK");
+    holder.end();
 }
 
 TEST_F(Async, WhereNoThreadCanBeMadeExecuteThrowsAndTheHandlerIsNotCalled)
