@@ -383,6 +383,17 @@ TEST_F(Server, WhatIsRefusedAtTheCommitOfItsOwnIsAnError)
     EXPECT_EQ(own.value("SELECT string_agg(id || ':' || p, ',') FROM d"), "1:1");
 }
 
+TEST_F(Server, AProcedureThatFailsAfterItsCommitIsNotRepeated)
+{
+    execute("CREATE TABLE log(n int)");
+    execute("CREATE PROCEDURE note() LANGUAGE plpgsql AS $$ BEGIN"
+            " INSERT INTO log VALUES (1); COMMIT; EXECUTE 'SELECT * FROM nowhere'; END $$");
+    DorStatement statement;
+    statement.create(connection, "CALL note()", true);
+    EXPECT_EQ(codeOf([&] { cursor.execute(statement, nullptr); }), CodeSqlText);
+    EXPECT_EQ(own.value("SELECT count(*) FROM log"), "1");
+}
+
 TEST_F(Server, SavepointsOfTheUserAreKept)
 {
     execute("CREATE TABLE s(id int PRIMARY KEY, t text)");
