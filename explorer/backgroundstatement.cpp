@@ -33,6 +33,16 @@ BackgroundStatement::BackgroundStatement(const DorCPP::DorConnect& connection,
     m_flag = flag.release();
 }
 
+BackgroundStatement::BackgroundStatement(const DorCPP::DorConnect& connection,
+                                         const DorCPP::DorStatement& statement,
+                                         const DorCPP::BindMap& values, int mode)
+{
+    auto flag = std::make_unique<DoneFlag>();
+    m_cursor.create(connection, mode, nullptr, false);
+    m_cursor.execute(statement, &values, flag.get());
+    m_flag = flag.release();
+}
+
 BackgroundStatement::~BackgroundStatement()
 {
     try {

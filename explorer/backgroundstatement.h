@@ -11,6 +11,9 @@ class BackgroundStatement {
 public:
     // Throws DorX.
     BackgroundStatement(const DorCPP::DorConnect& connection, const std::wstring& sql, int mode);
+    // With parameters, whose values are copied.
+    BackgroundStatement(const DorCPP::DorConnect& connection, const DorCPP::DorStatement& statement,
+                        const DorCPP::BindMap& values, int mode);
     ~BackgroundStatement();
     BackgroundStatement(const BackgroundStatement&) = delete;
     BackgroundStatement& operator=(const BackgroundStatement&) = delete;

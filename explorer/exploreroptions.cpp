@@ -115,6 +115,7 @@ void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
     for (const Connection& connection : Connections.all())
         writeConnection(connections.addChild("Connection"), connection, encoding);
     RemoveConnection.serialize(element.addChild("RemoveConnection"), encoding);
+    DeleteRow.serialize(element.addChild("DeleteRow"), encoding);
 }
 
 void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
@@ -134,6 +135,8 @@ void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
            [&] { Connections = {}; });
     readOr([&] { RemoveConnection.deserialize(element.getChild("RemoveConnection"), encoding); },
            [&] { RemoveConnection = {}; });
+    readOr([&] { DeleteRow.deserialize(element.getChild("DeleteRow"), encoding); },
+           [&] { DeleteRow = {}; });
 }
 
 void ExplorerOptions::initDefaults()
@@ -145,6 +148,7 @@ void ExplorerOptions::initDefaults()
     FontGrid = defaultGridFont();
     Connections = {};
     RemoveConnection = {};
+    DeleteRow = {};
 }
 
 void ExplorerOptions::initDefaultMainFormRect()
@@ -162,5 +166,6 @@ bool ExplorerOptions::operator==(const ExplorerOptions& other) const
 {
     return TypicalOptions::operator==(other) && LastDatabase == other.LastDatabase &&
            Splitter == other.Splitter && ToolBar == other.ToolBar && FontGrid == other.FontGrid &&
-           Connections == other.Connections && RemoveConnection == other.RemoveConnection;
+           Connections == other.Connections && RemoveConnection == other.RemoveConnection &&
+           DeleteRow == other.DeleteRow;
 }

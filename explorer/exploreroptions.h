@@ -27,4 +27,5 @@ public:
     OviAPI::Font FontGrid;              // of the record views
     RecentConnections Connections;
     TypicalConfirm RemoveConnection; // whether to take a connection off the list
+    TypicalConfirm DeleteRow;        // whether to delete a row of a table
 };

@@ -23,15 +23,17 @@ MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     , m_keepAlive(keepAliveTime)
     , m_opening(*this)
     , m_tools(resources, m_menu)
+    , m_area(options.DeleteRow)
 {
     init(iconId, resources);
     OviAPI::connect<&MainMenu::onCommand>(m_menu, *this, &MainForm::onMenuCommand);
     OviAPI::connect<&OviAPI::WToolBar::onCommand>(m_tools, *this, &MainForm::onToolCommand);
     OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
-    OviAPI::connect<&TablePane::onPlaceChanged>(m_pane, *this, &MainForm::onPlaceChanged);
+    OviAPI::connect<&RowsArea::onPlaceChanged>(m_area, *this, &MainForm::onPlaceChanged);
+    OviAPI::connect<&RowsArea::onRowsChanged>(m_area, *this, &MainForm::onRowsChanged);
     OviAPI::connect<&OviAPI::WTimer::onTimer>(m_keepAlive, *this, &MainForm::onKeepAlive);
     OviAPI::connect<&AliveProbe::onAnswer>(m_probe, *this, &MainForm::onAlive);
-    OviAPI::connect<&LostBar::onReconnect>(m_lostBar, *this, &MainForm::onReconnect);
+    OviAPI::connect<&ActionBar::onAction>(m_lostBar, *this, &MainForm::onLostAction);
     OviAPI::connect<&OviAPI::WTabControl::onTabChanged>(m_tabs, *this, &MainForm::onTab);
     OviAPI::connect<&SqlPane::onSqlState>(m_sql, *this, &MainForm::onSqlState);
     OviAPI::connect<&SplitterBar::onSplit>(m_splitter, *this, &MainForm::onSplit);
@@ -40,7 +42,7 @@ MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
 MainForm::~MainForm()
 {
     m_counter.stop();
-    m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_area.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
     m_sql.setConnection(nullptr);
     setMenu(nullptr);
 }
@@ -61,13 +63,13 @@ bool MainForm::create()
     setMenu(&m_menu.menu());
     if (!WExtForm::create())
         return false;
-    m_tabs.addTab(L"", &m_pane);
+    m_tabs.addTab(L"", &m_area);
     m_tabs.addTab(L"", &m_sql);
     for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
              &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_status})
         child->setParent(this);
     for (OviAPI::WVisualObject* child : std::initializer_list<OviAPI::WVisualObject*>{
-             &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_pane, &m_sql, &m_status}) {
+             &m_tools, &m_lostBar, &m_list, &m_splitter, &m_tabs, &m_area, &m_sql, &m_status}) {
         if (!child->create())
             return false;
     }
@@ -102,8 +104,8 @@ bool MainForm::onKeyDown(OviAPI::VirtualKey key)
 {
     if (key.getKeyboardKey() != OviAPI::KeyEscape)
         return false;
-    const bool stops = m_pane.isLoading() || m_sql.isRunning();
-    m_pane.cancel();
+    const bool stops = m_area.isBusy() || m_sql.isRunning();
+    m_area.cancel();
     m_sql.stop();
     return stops;
 }
@@ -130,6 +132,10 @@ OviAPI::SlotResult MainForm::onListRow(OviAPI::Object*, long, long)
 {
     if (m_filling)
         return 0;
+    if (!m_area.leave()) {
+        focusTable(m_area.tableOf(0));
+        return 0;
+    }
     showCurrentTable();
     showTab(RowsTab);
     return 0;
@@ -139,6 +145,19 @@ OviAPI::SlotResult MainForm::onPlaceChanged(OviAPI::Object*)
 {
     updateStatus();
     updateMenu();
+    return 0;
+}
+
+// A table that is shown has as many rows as are shown of it.
+OviAPI::SlotResult MainForm::onRowsChanged(OviAPI::Object*, size_t level)
+{
+    if (!m_session || level != 0)
+        return 0;
+    const auto& tables = m_session->tables();
+    const auto found = std::find(tables.begin(), tables.end(), m_area.tableOf(level));
+    if (found != tables.end())
+        m_list.setCount(static_cast<size_t>(found - tables.begin()),
+                        {TableCount::Known, m_area.table().place().rows});
     return 0;
 }
 
@@ -155,7 +174,7 @@ OviAPI::SlotResult MainForm::onAlive(OviAPI::Object*, bool alive)
     return 1;
 }
 
-OviAPI::SlotResult MainForm::onReconnect(OviAPI::Object*)
+OviAPI::SlotResult MainForm::onLostAction(OviAPI::Object*, int)
 {
     reconnect();
     return 1;
@@ -217,7 +236,8 @@ void MainForm::applyFonts()
     if (OviAPI::Application* application = OviAPI::Application::instance())
         application->roledFontsChanged();
     xRDorCursor::init(m_options.FontControls, getResource(), this);
-    m_pane.fitColumns();
+    for (size_t i = 0; i <= m_area.levels(); ++i)
+        m_area.rowsOf(i).fitColumns();
     layOut();
 }
 
@@ -231,8 +251,8 @@ void MainForm::loadTexts()
     m_list.loadTexts();
     m_tabs.setCaption(RowsTab, textOf(TextTabRows).c_str());
     m_tabs.setCaption(SqlTab, textOf(TextTabSql).c_str());
-    m_lostBar.loadTexts();
-    m_pane.loadTexts();
+    m_lostBar.setTexts(textOf(TextLostNotice), {textOf(TextMenuReconnect)});
+    m_area.loadTexts();
     m_sql.loadTexts();
     m_monitor.loadTexts();
     m_tabs.setCaption(MonitorTab, textOf(TextTabMonitor).c_str());
@@ -262,11 +282,10 @@ void MainForm::updateStatus()
     m_status.setField(MainStatus::Connection, connection);
     std::wstring rows;
     std::wstring cell;
-    const bool rowsShown = m_tabs.currentTab() == RowsTab;
-    const PlaceInTable place = rowsShown ? m_pane.place() : PlaceInTable();
+    const PlaceInTable place = rowsShown() ? m_area.currentRows().place() : PlaceInTable();
     if (isSqlShown())
         rows = m_sql.status();
-    else if (rowsShown && m_pane.hasTable())
+    else if (rowsShown() && m_area.currentRows().hasRows())
         rows = place.rows == 1 ? textOf(TextStatusOneRow)
                                : textOf(TextStatusRows, groupedNumber(place.rows));
     if (place.row != 0)
@@ -287,8 +306,15 @@ void MainForm::updateMenu()
     m_menu.enable(Command::Reconnect, open && m_lost);
     m_menu.enable(Command::Close, open);
     m_menu.enable(Command::Refresh, open);
-    const bool rows = m_tabs.currentTab() == RowsTab && m_pane.hasTable();
-    const bool anyRow = rows && m_pane.place().rows > 0;
+    RowsPane& pane = m_area.currentRows();
+    const bool rows = rowsShown() && pane.hasRows();
+    const bool anyRow = rows && pane.place().rows > 0;
+    m_menu.enable(Command::NewRow, rows && pane.canAdd());
+    m_menu.enable(Command::DeleteRow, anyRow && pane.canDelete());
+    m_menu.enable(Command::SetNull, anyRow && pane.canChange());
+    m_menu.enable(Command::SetDefault, anyRow && pane.canDefault());
+    m_menu.enable(Command::AddDetails, open && m_area.levels() < RowsArea::MostLevels);
+    m_menu.enable(Command::RemoveDetails, m_area.levels() > 0);
     m_menu.enable(Command::FitColumns, rows);
     m_menu.enable(Command::GoToRow, anyRow);
     m_tools.enableCommand(Command::Refresh, open);
@@ -311,7 +337,7 @@ void MainForm::layOut()
     const int widest =
         std::max<int>(ExplorerOptions::MinSplitter, size.width - narrowestPane - bar);
     const int left = std::min<int>(m_options.Splitter, widest);
-    const int top = m_lost ? m_lostBar.wantedHeight() : 0;
+    const int top = m_lost ? m_lostBar.wantedHeight(size.width) : 0;
     const int height = std::max(0, size.height - top);
     m_lostBar.move(0, 0, size.width, top);
     m_list.move(0, top, left, height);

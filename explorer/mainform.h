@@ -12,18 +12,18 @@
 #include "explorer/command.h"
 #include "explorer/databasesession.h"
 #include "explorer/exploreroptions.h"
-#include "explorer/lostbar.h"
+#include "explorer/actionbar.h"
 #include "explorer/machinedata.h"
 #include "explorer/mainmenu.h"
 #include "explorer/mainstatus.h"
 #include "explorer/maintoolbar.h"
 #include "explorer/monitorpane.h"
 #include "explorer/opening.h"
+#include "explorer/rowsarea.h"
 #include "explorer/splitterbar.h"
 #include "explorer/sqlpane.h"
 #include "explorer/tablecounter.h"
 #include "explorer/tablelist.h"
-#include "explorer/tablepane.h"
 
 // A list of tables on the left, the rows of the chosen one on the right. Points to the options,
 // keeps them true while it lives and puts its place and size into them when it is closed.
@@ -61,18 +61,19 @@ public:
     // Whether a database is being opened, a table read or counted, or a statement executed.
     bool isBusy() const
     {
-        return m_opening.isRunning() || m_pane.isLoading() || m_counter.isRunning() ||
+        return m_opening.isRunning() || m_area.isBusy() || m_counter.isRunning() ||
                m_sql.isRunning();
     }
     DatabaseSession* session() const { return m_session.get(); }
     MainMenu& mainMenu() { return m_menu; }
     TableList& list() { return m_list; }
-    TablePane& pane() { return m_pane; }
+    RowsArea& area() { return m_area; }
+    TablePane& pane() { return m_area.table(); }
     // On the screen while it watches.
     MonitorPane& monitor() { return m_monitor; }
     SqlPane& sqlPane() { return m_sql; }
     OviAPI::WTabControl& tabs() { return m_tabs; }
-    LostBar& lostBar() { return m_lostBar; }
+    ActionBar& lostBar() { return m_lostBar; }
     SplitterBar& splitter() { return m_splitter; }
     MainToolBar& toolBar() { return m_tools; }
     MainStatus& status() { return m_status; }
@@ -89,9 +90,10 @@ private:
     OviAPI::SlotResult onToolCommand(OviAPI::Object*, int command);
     OviAPI::SlotResult onListRow(OviAPI::Object*, long previous, long row);
     OviAPI::SlotResult onPlaceChanged(OviAPI::Object*);
+    OviAPI::SlotResult onRowsChanged(OviAPI::Object*, size_t level);
     OviAPI::SlotResult onKeepAlive(OviAPI::Object*);
     OviAPI::SlotResult onAlive(OviAPI::Object*, bool alive);
-    OviAPI::SlotResult onReconnect(OviAPI::Object*);
+    OviAPI::SlotResult onLostAction(OviAPI::Object*, int);
     OviAPI::SlotResult onTab(OviAPI::Object*, int tab);
     OviAPI::SlotResult onSqlState(OviAPI::Object*);
     OviAPI::SlotResult onSplit(OviAPI::Object*, int left);
@@ -105,6 +107,8 @@ private:
     void reconnect();
     void setLost(bool lost);
     DatabaseTable currentTable();
+    // Puts the list's focus on a table, which is not shown for that.
+    void focusTable(const DatabaseTable& table);
     bool leaveDatabase(Command again);
     bool endTransaction(const char* sql);
     void showTables(const DatabaseTable& current);
@@ -113,6 +117,8 @@ private:
     void showChanges();
     void refresh();
     void goToRow();
+    void addDetails();
+    bool rowsShown() const { return m_tabs.currentTab() == RowsTab; }
     void nextPane(int step);
     bool isSqlShown() const { return m_tabs.currentTab() == SqlTab; }
     void showTab(int tab);
@@ -137,7 +143,7 @@ private:
     bool m_lost = false;
     AliveProbe m_probe;
     OviAPI::WTimer m_keepAlive;
-    LostBar m_lostBar;
+    ActionBar m_lostBar;
     Opening m_opening;
     MainMenu m_menu;
     MainToolBar m_tools;
@@ -145,7 +151,7 @@ private:
     SplitterBar m_splitter;
     enum Tab : int { RowsTab = 0, SqlTab = 1, MonitorTab = 2 };
     OviAPI::WTabControl m_tabs;
-    TablePane m_pane;
+    RowsArea m_area;
     SqlPane m_sql;
     MonitorPane m_monitor;
     MainStatus m_status;

@@ -59,7 +59,21 @@ void MainForm::execute(Command command)
     case Command::Refresh:
         return refresh();
     case Command::FitColumns:
-        return m_pane.fitColumns();
+        return m_area.currentRows().fitColumns();
+    case Command::NewRow:
+        return m_area.currentRows().addRow();
+    case Command::DeleteRow:
+        return m_area.currentRows().deleteRow();
+    case Command::SetNull:
+        return m_area.currentRows().setNull();
+    case Command::SetDefault:
+        return m_area.currentRows().setDefault();
+    case Command::AddDetails:
+        return addDetails();
+    case Command::RemoveDetails:
+        m_area.removeLevel();
+        updateMenu();
+        return;
     case Command::GoToRow:
         return goToRow();
     case Command::NextPane:
@@ -188,7 +202,7 @@ void MainForm::closeDatabase()
     m_filling = true;
     m_list.setTables({});
     m_filling = false;
-    m_pane.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
+    m_area.clear(TextNoticeNoDatabase, TextNoticeNoDatabaseHint);
     m_sql.setConnection(nullptr);
     m_keepAlive.stop();
     m_probe.forget();
@@ -204,6 +218,8 @@ void MainForm::closeDatabase()
 // statement runs: it is stopped then, and the command given again when it has ended.
 bool MainForm::leaveDatabase(Command again)
 {
+    if (!m_area.leave())
+        return false;
     if (m_sql.isRunning()) {
         m_afterSql = again;
         m_sql.stop();
@@ -278,6 +294,7 @@ void MainForm::useSession(std::unique_ptr<DatabaseSession> session)
     m_sql.setConnection(&m_session->connection());
     m_monitor.setEngine(m_session->connection().info().engine);
     m_keepAlive.start();
+    m_area.keys().start(m_session->connection());
 }
 
 void MainForm::checkConnection()
@@ -328,15 +345,22 @@ DatabaseTable MainForm::currentTable()
                                    : DatabaseTable();
 }
 
-void MainForm::showTables(const DatabaseTable& current)
+void MainForm::focusTable(const DatabaseTable& table)
 {
     const auto& tables = m_session->tables();
+    const auto found = std::find(tables.begin(), tables.end(), table);
     m_filling = true;
-    m_list.setTables(tables);
-    const auto found = std::find(tables.begin(), tables.end(), current);
     if (found != tables.end())
         m_list.SetFocusCell(TableList::Name, found - tables.begin() + 1);
     m_filling = false;
+}
+
+void MainForm::showTables(const DatabaseTable& current)
+{
+    m_filling = true;
+    m_list.setTables(m_session->tables());
+    m_filling = false;
+    focusTable(current);
     startCounting();
 }
 
@@ -346,11 +370,11 @@ void MainForm::showCurrentTable()
         return;
     const int table = m_list.currentTable();
     if (m_session->tables().empty())
-        m_pane.clear(TextNoticeNoTables, TextNoticeNoTablesHint);
+        m_area.clear(TextNoticeNoTables, TextNoticeNoTablesHint);
     else if (table < 0)
-        m_pane.clear(TextNoticeChoose, TextNoticeChooseHint);
+        m_area.clear(TextNoticeChoose, TextNoticeChooseHint);
     else
-        m_pane.showTable(m_session->connection(), m_session->tables()[static_cast<size_t>(table)]);
+        m_area.showTable(m_session->connection(), m_session->tables()[static_cast<size_t>(table)]);
     updateStatus();
     updateMenu();
 }
@@ -384,11 +408,12 @@ void MainForm::showChanges()
 
 void MainForm::refresh()
 {
-    if (!m_session)
+    if (!m_session || !m_area.leave())
         return;
     showChanges();
-    if (!m_pane.table().empty() && currentTable() == m_pane.source())
-        m_pane.refresh();
+    m_area.keys().start(m_session->connection());
+    if (!pane().table().empty() && currentTable() == pane().source())
+        pane().refresh();
     else
         showCurrentTable();
 }
@@ -402,14 +427,15 @@ void MainForm::showError(TextId format, const std::wstring& reason)
 
 void MainForm::goToRow()
 {
-    const PlaceInTable place = m_pane.place();
+    RowsPane& pane = m_area.currentRows();
+    const PlaceInTable place = pane.place();
     if (place.rows < 1)
         return;
     GoToRowDialog dialog(*this, std::max(1L, place.row), place.rows);
-    if (!dialog.create() || dialog.execModal() != 1 || !m_pane.hasTable())
+    if (!dialog.create() || dialog.execModal() != 1 || !pane.hasRows())
         return;
-    m_pane.view().SetRow(dialog.row());
-    m_pane.view().setFocus();
+    pane.view().SetRow(dialog.row());
+    pane.view().setFocus();
 }
 
 void MainForm::nextPane(int step)
@@ -421,14 +447,31 @@ void MainForm::nextPane(int step)
         panes.insert(panes.end(), {&m_sql.editor(), &m_sql.splitter()});
         if (m_sql.view().isVisible())
             panes.push_back(&m_sql.view());
-    } else if (m_pane.hasTable()) {
-        panes.push_back(&m_pane.view());
+    } else {
+        for (size_t i = 0; i <= m_area.levels(); ++i) {
+            if (i > 0)
+                panes.push_back(&m_area.splitter(i));
+            if (m_area.rowsOf(i).hasRows())
+                panes.push_back(&m_area.rowsOf(i).view());
+        }
     }
     const auto current =
         std::find_if(panes.begin(), panes.end(), [](auto* pane) { return pane->hasFocus(); });
     const auto count = static_cast<int>(panes.size());
     const int now = current == panes.end() ? 0 : static_cast<int>(current - panes.begin());
     panes[static_cast<size_t>((now + step + count) % count)]->setFocus();
+}
+
+void MainForm::addDetails()
+{
+    if (!m_area.addLevel())
+        return;
+    DetailPane& added = m_area.detail(m_area.levels());
+    setSiblingsFont(&added, fkControls, m_options.FontControls);
+    setSiblingsFont(&added, fkRecordView, m_options.FontGrid);
+    added.loadTexts();
+    added.choice().setFocus();
+    updateMenu();
 }
 
 // --- settings
@@ -459,8 +502,8 @@ void MainForm::showTab(int tab)
         m_sql.editor().setFocus();
     else if (tab == MonitorTab)
         m_monitor.view().setFocus();
-    else if (m_pane.hasTable() && !m_list.hasFocus())
-        m_pane.view().setFocus();
+    else if (pane().hasRows() && !m_list.hasFocus())
+        pane().view().setFocus();
 }
 
 void MainForm::switchMonitor(bool on)

@@ -35,6 +35,7 @@ struct Answer {
 constexpr Answer answers[] = {
     {&Settings::adaptToScreen, TextAnswerAdaptYes, TextAnswerAdaptNo},
     {&Settings::removeConnection, TextAnswerRemoveYes, TextAnswerRemoveNo},
+    {&Settings::deleteRow, TextAnswerDeleteYes, TextAnswerDeleteNo},
 };
 
 OviAPI::Font inRange(const OviAPI::Font& font)
@@ -66,7 +67,8 @@ Settings Settings::of(const ExplorerOptions& options)
              inRange(options.FontEdits)},
             options.Language,
             options.AdaptToTD,
-            options.RemoveConnection};
+            options.RemoveConnection,
+            options.DeleteRow};
 }
 
 Settings Settings::defaults(const ExplorerOptions& options)
@@ -76,6 +78,7 @@ Settings Settings::defaults(const ExplorerOptions& options)
     Settings settings = of(fresh);
     settings.adaptToScreen = options.AdaptToTD;
     settings.removeConnection = options.RemoveConnection;
+    settings.deleteRow = options.DeleteRow;
     return settings;
 }
 
@@ -88,6 +91,7 @@ void Settings::storeIn(ExplorerOptions& options) const
     options.Language = language;
     options.AdaptToTD = adaptToScreen;
     options.RemoveConnection = removeConnection;
+    options.DeleteRow = deleteRow;
 }
 
 SettingsDialog::SettingsDialog(WExtForm& above, ExplorerOptions& options,

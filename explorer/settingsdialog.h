@@ -24,6 +24,7 @@ struct Settings {
     enum TypicalOptions::Language language = TypicalOptions::DefaultLanguage;
     TypicalConfirm adaptToScreen;
     TypicalConfirm removeConnection;
+    TypicalConfirm deleteRow;
 
     static Settings of(const ExplorerOptions& options);
     // The fonts and the language of a new user; his own answers.

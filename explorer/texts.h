@@ -241,4 +241,31 @@ enum TextId : int {
     TextMonitorValues = 50961,
     TextMonitorName = 50962,
     TextMonitorErrorNumber = 50963,
+
+    // editing rows
+    TextMenuRows = 51201,
+    TextMenuNewRow = 51202,
+    TextMenuDeleteRow = 51203,
+    TextMenuSetNull = 51204,
+    TextMenuSetDefault = 51205,
+    TextMenuAddDetails = 51206,
+    TextMenuRemoveDetails = 51207,
+    TextEditTitle = 51208,
+    TextEditGiveUp = 51209,
+    TextDeleteQuestion = 51210,
+    TextConflictChanged = 51211,
+    TextConflictDeleted = 51212,
+    TextConflictTheirs = 51213,
+    TextConflictMine = 51214,
+    TextConflictGiveUp = 51215,
+    TextAnswerDeleteYes = 51216,
+    TextAnswerDeleteNo = 51217,
+
+    // details
+    TextDetailsLabel = 51221,
+    TextDetailsSplitterName = 51222,
+    TextNoticeNoDetails = 51223,
+    TextNoticeNoDetailsHint = 51224,
+    TextNoticeNoMaster = 51225,
+    TextNoticeNoMasterHint = 51226,
 };

@@ -150,7 +150,7 @@ void Tour::plan(const std::string& database)
     keys("larger-text", times(4, controlKey(OviAPI::KeyPlus, L'+')));
     step("small-window", [this] { m_form.move(m_form.x(), m_form.y(), 640, 480); });
     keys("keys", {VirtualKey(OviAPI::KeyF1)});
-    keys("", {enter, controlKey(OviAPI::Key0)});
+    keys("", {enter, {OviAPI::Key0, OviAPI::ModifierControl | OviAPI::ModifierAlt, 0}});
     keys("closed", {controlKey(letter('W'))});
 }
 
