@@ -199,7 +199,9 @@ std::wstring DatabaseSession::displayPath() const
 std::wstring DatabaseSession::connectionText() const
 {
     const DorCPP::ConnectionInfo info = m_connection.info();
-    std::wstring text = OviAPI::utf8ToWide(info.engine) + L" " + OviAPI::utf8ToWide(info.version);
+    // What a server says behind its number is about its packaging.
+    const std::string version = info.version.substr(0, info.version.find(' '));
+    std::wstring text = OviAPI::utf8ToWide(info.engine) + L" " + OviAPI::utf8ToWide(version);
     if (!info.host.empty())
         text += L", " + textOf(info.cipher.empty() ? TextStateNotEncrypted : TextStateEncrypted);
     if (info.readOnly)
