@@ -10,7 +10,7 @@ using DorCPP::DorX;
 
 namespace {
 
-constexpr int linkedMode = 1024; // of the cursor, when the query has parameters
+constexpr int linkedMode = 1024; // Kept: of the cursor, when the query has parameters
 
 } // namespace
 

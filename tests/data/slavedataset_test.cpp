@@ -195,6 +195,17 @@ TEST_P(MasterAndDetail, KeptTheQueryIsCutToAsManyBytesAsItHasCharacters)
     EXPECT_EQ(detail.GetRowCount(), 5);
 }
 
+// Kept: whatever mode was given; that is for the query without parameters.
+TEST_P(MasterAndDetail, KeptACursorWithParametersHasAModeOfItsOwn)
+{
+    detail.AddLink(1, 1);
+    detail.Open(connection.channel(), L"SELECT id FROM s WHERE m = ?", 2048, true);
+    EXPECT_EQ(detail.GetDBCursor()->mode(), 1024);
+    detail.SetMasterDataSet(nullptr);
+    detail.Open(connection.channel(), L"SELECT id FROM s", 2048, true);
+    EXPECT_EQ(detail.GetDBCursor()->mode(), 2048);
+}
+
 TEST_P(MasterAndDetail, RowsOfTheDetailAreEditedAsAnyOthers)
 {
     detail.AddLink(1, 1);
