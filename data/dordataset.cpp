@@ -1,5 +1,5 @@
-// Opening, the cursor and its columns; reading stands in dordataset_read.cpp, the errors in
-// dordataset_errors.cpp.
+// Opening, the cursor and its columns; reading stands in dordataset_read.cpp, writing in
+// dordataset_write.cpp, the errors in dordataset_errors.cpp.
 #include "data/dordataset.h"
 
 #include <algorithm>
@@ -125,9 +125,9 @@ short xCDorvexDataSet::ReOpen(const wchar_t* sql)
     if (sql)
         m_query = narrowQuery(sql);
     m_writeBack = true;
+    settleBlob();
     try {
         auto cursor = executedCursor();
-        m_openedByStatement = false;
         if (IsRowCacheOn())
             ClearRowCache();
         SetDBCursor(cursor.release(), true);
@@ -139,6 +139,7 @@ short xCDorvexDataSet::ReOpen(const wchar_t* sql)
 
 void xCDorvexDataSet::ResetDataSet(bool tellViews)
 {
+    settleBlob();
     SetCurrentRow(0);
     try {
         executeAgain();
@@ -156,12 +157,12 @@ void xCDorvexDataSet::ResetDataSet(bool tellViews)
         RefreshViews();
 }
 
-// The stored text, executed on a new cursor of the stored connection and mode.
 std::unique_ptr<DorCursor> xCDorvexDataSet::executedCursor()
 {
     auto cursor = std::make_unique<DorCursor>();
     cursor->create(m_connection, m_cursorMode, nullptr, true);
     cursor->execute(m_query.c_str());
+    m_openedByStatement = false;
     return cursor;
 }
 
@@ -192,10 +193,20 @@ void xCDorvexDataSet::SetDBCursor(DorCursor* cursor, bool owns)
         describe();
         forgetRowErrors();
         m_connection.attach(m_channel, false);
+        m_access = accessOf();
     } catch (const DorX&) {
         releaseCursor();
         throw;
     }
+}
+
+xCDorvexDataSet::Access xCDorvexDataSet::accessOf() const
+{
+    if ((m_connection.mode(true) & DorCPP::ModeReadOnly) != 0)
+        return Access::ConnectionReads;
+    if ((m_cursor->mode() & DorCPP::ModeReadOnly) != 0)
+        return Access::CursorReads;
+    return m_cursor->isKeyed() ? Access::Writable : Access::NotKeyed;
 }
 
 bool xCDorvexDataSet::DestroyDBCursor()
@@ -210,7 +221,9 @@ bool xCDorvexDataSet::DestroyDBCursor()
 // keeps its answer; every other one is closed by its destructor.
 void xCDorvexDataSet::releaseCursor()
 {
+    settleBlob();
     DorCursor* cursor = std::exchange(m_cursor, nullptr);
+    m_access = Access::NotKeyed;
     m_described = -1;
     m_rowLength = -1;
     m_answerRows = -1;
@@ -255,6 +268,27 @@ void xCDorvexDataSet::buildColDesc()
     for (int i = 1; i <= count; ++i)
         m_cursor->answerDesc(i, m_descriptors[static_cast<size_t>(i)]);
     m_described = count;
+}
+
+// Empty for a column that the answer does not have, and without a table for one that is computed.
+TableColumnName xCDorvexDataSet::nameOf(int column) const
+{
+    if (column < 1 || column > m_described)
+        return {};
+    const t_ParamDesc& desc = columnDesc(column);
+    return {wideName(desc.owner, desc.ownerLength), wideName(desc.table, desc.tableLength),
+            wideName(desc.column, desc.columnLength)};
+}
+
+// The table of the first column; where that is computed, of the first that is not. Throws DorX when
+// there is none.
+TableColumnName xCDorvexDataSet::tableName() const
+{
+    for (int i = 1; i <= m_described; ++i) {
+        if (TableColumnName name = nameOf(i); name.hasTable())
+            return name;
+    }
+    throw DorX(-1, DorCPP::CodeNotUpdatable, OviAPI::Phrase::RowsNotKeyed);
 }
 
 const t_ParamDesc& xCDorvexDataSet::columnDesc(int column) const

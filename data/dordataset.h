@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,12 +15,19 @@
 #include <dorcpp/paramdesc.h>
 #include <dorcpp/statement.h>
 #include <oviapi/dataset.h>
+#include <oviapi/phrases.h>
 
 #include "app/export.h"
+#include "data/writesql.h"
 
-// Shows the rows of a cursor: describes its columns, fetches one row at a time as views ask for
-// it, and keeps every database error as the error of its row. Nothing is held but the current row,
-// so that an answer of any length takes the same memory.
+// Shows the rows of a cursor and writes back what is changed in them: describes the columns,
+// fetches one row at a time as views ask for it, makes SQL of edits, and keeps every database error
+// as the error of its row. Nothing is held but the current row, so that an answer of any length
+// takes the same memory.
+//
+// Writing: an edit changes exactly one row or nothing. Cell and row are those that the cursor has
+// read; what another session has changed or deleted since is an error of the row. A value that is
+// cut or not valid is never written, nor is one that its text in SQL would not say exactly.
 //
 // Row and column numbers start at 1. Errors of the database: an operation that says nothing else
 // records them (ErrorHandler) and returns; it throws them as DorX when errors are to be raised
@@ -96,8 +104,21 @@ public:
 
     double GetCellNumber(int column, long row, short* state = nullptr) override;
 
+    // --- editing
+
+    // The new row's cells are kept until it is posted. While changes are not written back, the
+    // first three do nothing and answer 0.
+    short IntoCol(int column, void* data) override;
+    // position does not count: where the row comes to stand is the query's order.
+    short AddRow(void* data, long position) override;
+    short DeleteRow(long row) override;
+    // Deletes all rows of the table, also those that the query does not show.
+    short DeleteAllRow() override;
+    // Whether the cells of a column can be changed here at all; a cell may still have a reason.
     bool IsUpdatable(int column) override;
     OviAPI::aCString ReadOnlyReason(int column) override;
+    // Makes the text of a value one of SQL: between quotes where the column's type wants it.
+    void GetColSQLText(int column, OviAPI::aCString& text) const;
 
     // --- large objects of the current row
 
@@ -111,6 +132,12 @@ public:
     // Reads a piece of the value. offset: bytes from its start. Returns the bytes read, less than
     // size at the end of the value, and 0 for an error, which the error kind tells.
     size_t GetBlob(int column, int64_t offset, void* buffer, size_t size);
+    // Replace the value: ClearBlob begins with an empty one, AppendBlob adds to it (to the value
+    // there is without ClearBlob). The value is written once, by WriteBlob or when the dataset goes
+    // on to something else; an error is that of the row. Return 0 or 1.
+    short ClearBlob(int column);
+    short AppendBlob(int column, const void* data, size_t size);
+    short WriteBlob();
 
     // --- errors
 
@@ -125,6 +152,13 @@ public:
     void GetLastErrorText(OviAPI::aCString& text) const { text = m_lastError; }
 
 protected:
+    // The stored query, executed on a new cursor of the stored connection and mode. Throws DorX.
+    virtual std::unique_ptr<DorCPP::DorCursor> executedCursor();
+    // Executes a statement that an edit has been made into; all of them come here.
+    virtual void ExecuteChange(DorCPP::DorCursor& cursor, const std::wstring& sql);
+    short ToRowAnew(long row) override;
+    short RefuseStaleRow(long row) override;
+
     // Fill the descriptors and the row count from the cursor.
     void buildColDesc();
     void buildRowCount();
@@ -179,10 +213,13 @@ private:
         OviAPI::aCString stored; // the value, when it is not of the column's type
     };
 
-    std::unique_ptr<DorCPP::DorCursor> executedCursor();
+    // Whether rows of the cursor can be changed.
+    enum class Access { Writable, ConnectionReads, CursorReads, NotKeyed };
+
     void executeAgain();
     void releaseCursor();
     void describe();
+    Access accessOf() const;
     std::unique_ptr<OviAPI::aCColumn> newColumn() const;
 
     void layOut();
@@ -192,9 +229,22 @@ private:
     void readText(int column, Slot& slot);
     void readNationalText(int column, Slot& slot);
     void readBinary(int column, Slot& slot, int clientType);
+    template<class Fetch>
+    short readInto(long row, Fetch fetch);
     const Slot* slotOf(int column) const;
     bool standOnCurrentRow();
     OviAPI::aCString storedText(int column);
+
+    TableColumnName nameOf(int column) const;
+    TableColumnName tableName() const;
+    std::optional<OviAPI::Phrase> whyReadOnly(int column) const;
+    OviAPI::aCString sqlValue(int column, const void* data, bool forInsert) const;
+    std::wstring insertTextOf(const void* rowData) const;
+    bool standForChange(long row);
+    void rowIsStored(long row);
+    void settleBlob();
+    template<class Change>
+    short changeBlob(int column, Change change);
 
     void errorIsOver(long row);
     void forgetRowErrors();
@@ -202,4 +252,8 @@ private:
     std::vector<Slot> m_slots; // by column number - 1
     std::unique_ptr<char[]> m_scratch;
     std::set<long> m_unread; // rows whose error comes from reading; the last ones only
+    DorCPP::DorX m_unraised; // the latest error of reading, for those who throw it
+    Access m_access = Access::NotKeyed;
+    long m_blobRow = 0; // row and column of a large object that is being replaced, 0 for none
+    int m_blobColumn = 0;
 };

@@ -199,25 +199,46 @@ void xCDorvexDataSet::clearRow()
     }
 }
 
-short xCDorvexDataSet::ToRow(short direction, long row, bool)
+// Fetches a row into the row buffer by the function, which returns its number.
+template<class Fetch>
+short xCDorvexDataSet::readInto(long row, Fetch fetch)
 {
-    SetErrorKind(NoError);
     if (!m_cursor || m_described <= 0)
         return 0;
+    settleBlob();
+    SetErrorKind(NoError);
     try {
         makeRoom(GetRowBufferLength(m_cursor));
         clearRow();
-        int64_t reached = 0;
-        m_cursor->fetch(ConvertDirection(direction), row, &reached, nullptr);
+        const int64_t reached = fetch();
         readRow();
         SetCurrentRow(reached);
         errorIsOver(reached);
     } catch (const DorX& x) {
         if (m_rowBuffer)
             clearRow();
+        m_unraised = x;
         return ErrorHandler(Fetching, x, row) ? 1 : 0;
     }
     return 0;
+}
+
+short xCDorvexDataSet::ToRow(short direction, long row, bool)
+{
+    SetErrorKind(NoError);
+    return readInto(row, [&] {
+        int64_t reached = 0;
+        m_cursor->fetch(ConvertDirection(direction), row, &reached, nullptr);
+        return reached;
+    });
+}
+
+short xCDorvexDataSet::ToRowAnew(long row)
+{
+    return readInto(row, [&] {
+        m_cursor->fetchAnew(row);
+        return row;
+    });
 }
 
 void xCDorvexDataSet::readRow()
@@ -382,22 +403,10 @@ double xCDorvexDataSet::GetCellNumber(int column, long row, short* state)
     return number;
 }
 
-bool xCDorvexDataSet::IsUpdatable(int)
-{
-    return false;
-}
-
-aCString xCDorvexDataSet::ReadOnlyReason(int column)
-{
-    const OviAPI::aCColumn* info = GetColInfo(column);
-    if (!info)
-        throw OviAPI::aCDataFailure(OviAPI::aCDataFailure::IndexOutOfRange);
-    const bool large = info->dataType == static_cast<unsigned char>(OviAPI::DataType::LargeObject);
-    return OviAPI::phrase(large ? Phrase::LargeObjectNotEdited : Phrase::TableReadOnly);
-}
-
 bool xCDorvexDataSet::IsColumnNull(int column)
 {
+    if (m_blobRow != 0 && column == m_blobColumn)
+        settleBlob();
     int32_t null = 1; // where there is no row there is no value
     if (m_cursor)
         DORVEX_GetCursorOption(m_cursor->handle(), DorCPP::CursorOptionNull, column, &null,

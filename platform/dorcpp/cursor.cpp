@@ -131,6 +131,30 @@ ValueState deliverLong(CursorState& s, size_t column, Value value, int clientTyp
     return deliver(value, clientType, buffer, capacity, stored);
 }
 
+void prepareFetch(CursorState& s)
+{
+    if (!s.answer.rows)
+        throw makeError(CodeBadCall, "the cursor has no answer");
+    if (s.pending)
+        s.writePending();
+}
+
+// Moves the position to a row that the function reads.
+template<class Read>
+void moveTo(CursorState& s, int64_t row, Read read)
+{
+    s.row = CursorState::Row::None; // stays so when the row cannot be read
+    read();
+    s.position = row;
+    s.noteRow();
+}
+
+void throwIfGone(const CursorState& s)
+{
+    if (s.row == CursorState::Row::Gone)
+        throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(s.position));
+}
+
 // The state with the answer of a finished asynchronous statement taken over.
 CursorState& idle(const std::shared_ptr<CursorState>& state)
 {
@@ -268,13 +292,15 @@ bool DorCursor::isKeyed() const
     return idle(m_state).isUpdatable();
 }
 
+int DorCursor::mode() const
+{
+    return created(m_state).mode;
+}
+
 void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* rows)
 {
     CursorState& s = idle(m_state);
-    if (!s.answer.rows)
-        throw makeError(CodeBadCall, "the cursor has no answer");
-    if (s.pending)
-        s.writePending();
+    prepareFetch(s);
     const int64_t count = s.rowCount();
     const int64_t target = targetRow(s, direction, row);
     if (rows)
@@ -286,14 +312,23 @@ void DorCursor::fetch(int direction, int64_t row, int64_t* reached, int64_t* row
         }
         throw makeError(CodeNoRow);
     }
-    s.row = CursorState::Row::None; // stays so when the row cannot be read
-    s.answer.rows->seek(target - 1);
-    s.position = target;
-    s.noteRow();
+    moveTo(s, target, [&] { s.answer.rows->seek(target - 1); });
     if (reached)
         *reached = target;
-    if (s.row == CursorState::Row::Gone)
-        throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(target));
+    throwIfGone(s);
+}
+
+void DorCursor::fetchAnew(int64_t row)
+{
+    CursorState& s = idle(m_state);
+    prepareFetch(s);
+    if (row < 1 || row > s.rowCount())
+        throw makeError(CodeNoRow);
+    moveTo(s, row, [&] {
+        s.answer.rows->seek(row - 1);
+        s.answer.rows->refresh();
+    });
+    throwIfGone(s);
 }
 
 int64_t DorCursor::position() const

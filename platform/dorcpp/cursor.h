@@ -26,8 +26,8 @@ struct CursorState;
 // row at the position, and only as long as it is what the fetch has read; answer and position stay.
 // A fetched row never changes by itself: it is read anew by a fetch (rows are read in blocks, and a
 // block again after the session has changed rows by any other statement) and by the cursor's own
-// change, which leaves the other rows as they were read. After a DELETE the row is missing, also when
-// the transaction is rolled back: then execute again.
+// change, which leaves the other rows as they were read. After a DELETE the row is missing, also
+// when the transaction is rolled back: then execute again.
 //
 // INSERT, UPDATE and DELETE may hold what the engines do not know: Hex('..'), EXTFILE('..'),
 // DEFAULT as a value, dates as 'mm/dd/yyyy:hh:mi:ss.ff'. Every other text reaches the engine byte
@@ -98,12 +98,17 @@ public:
     int64_t changedRowCount() const;
     // Whether the answer is read by row keys, so that a row can be named in a positioned statement.
     bool isKeyed() const;
+    // The mode given to create.
+    int mode() const;
 
     // Moves to a row; row counts for FetchAbsolute only. reached, rows: get the row number and the
     // number of rows, may be null. CodeNoRow when there is no such row (moving past an end leaves
     // the position there, a wrong row number leaves it where it was); CodeRowGone when the row has
     // been deleted (the position is on it).
     void fetch(int direction, int64_t row, int64_t* reached = nullptr, int64_t* rows = nullptr);
+    // Moves to a row by its number and reads it from the engine, whatever was read of it before.
+    // Errors as of fetch. Nothing is new where the answer was copied.
+    void fetchAnew(int64_t row);
     // The current row number; 0 before the first fetch.
     int64_t position() const;
 

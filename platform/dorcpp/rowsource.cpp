@@ -162,8 +162,10 @@ void KeyedRows::modify(const RowStatement& statement, Driver& driver)
         driver.modifyRow(m_text, m_keys, static_cast<size_t>(m_row), statement, m_current->rows,
                          static_cast<size_t>(m_place));
     } catch (const DorX& x) {
-        if (x.code() == CodeRowChanged || x.code() == CodeRowGone)
+        if (x.code() == CodeRowChanged || x.code() == CodeRowGone) {
             m_current->changes = outdated;
+            forgetCopies();
+        }
         throw;
     }
     const uint64_t changes = m_session->countChange();
@@ -171,22 +173,45 @@ void KeyedRows::modify(const RowStatement& statement, Driver& driver)
         if (block.changes == changes - 1)
             block.changes = changes;
     }
-    if (statement.deletes)
+    forgetCopies();
+    if (statement.deletes) {
         setPlace(-1);
-    else
+        return;
+    }
+    try {
         readAnew(driver);
+    } catch (const DorX&) {
+        m_current->changes = outdated; // the change was made; the next seek tells what is wrong
+    }
 }
 
+bool KeyedRows::refresh()
+{
+    if (m_keys.isGone(static_cast<size_t>(m_row)))
+        return false;
+    const Session::Use driver(*m_session);
+    driver->probe(); // an answer that was asked for ahead is not new
+    m_block = nullptr;
+    readAnew(*driver);
+    forgetCopies();
+    return m_place >= 0;
+}
+
+// Blocks may overlap: what is in the others of the current row is old.
+void KeyedRows::forgetCopies()
+{
+    for (Block& block : m_blocks) {
+        if (&block != m_current && block.holds(m_row))
+            block.changes = outdated;
+    }
+}
+
+// Reads the current row alone, into the current block.
 void KeyedRows::readAnew(Driver& driver)
 {
     RowBlock row(m_current->rows.columns());
     std::vector<int> places(1, -1);
-    try {
-        driver.readRows(m_text, m_keys, static_cast<size_t>(m_row), row, places);
-    } catch (const DorX&) {
-        m_current->changes = outdated; // the change was made; the next seek tells what is wrong
-        return;
-    }
+    driver.readRows(m_text, m_keys, static_cast<size_t>(m_row), row, places);
     setPlace(places[0] < 0 ? -1 : copyRow(row, static_cast<size_t>(places[0]), m_current->rows));
     m_current->places[static_cast<size_t>(m_row - m_current->first)] = m_place;
 }

@@ -21,6 +21,8 @@ public:
     // Makes the row ready for value; false when it has gone. The row stays as it was read until the
     // next seek or modify.
     virtual bool seek(int64_t row) = 0;
+    // Reads the row sought last anew; false when it has gone.
+    virtual bool refresh() = 0;
     // Whether the row sought last is there; modify may have ended it.
     virtual bool isThere() const = 0;
     // A value of that row; its bytes stay valid until the next call.
@@ -52,6 +54,7 @@ public:
     }
     int64_t count() const override { return m_rows->rows(); }
     bool seek(int64_t row) override;
+    bool refresh() override { return true; }
     bool isThere() const override { return true; }
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return false; }
@@ -82,6 +85,7 @@ public:
     bool seek(int64_t row) override;
     // The same through a driver that the caller has.
     bool seek(int64_t row, Driver& driver);
+    bool refresh() override;
     bool isThere() const override { return m_place >= 0; }
     size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) override;
     bool isKeyed() const override { return true; }
@@ -106,6 +110,7 @@ private:
     void load(int64_t row, Driver& driver);
     bool use(int64_t row);
     void readAnew(Driver& driver);
+    void forgetCopies();
     void setPlace(int place);
 
     static constexpr int64_t smallBlock = 64;

@@ -172,6 +172,31 @@ short aCDataSet::ToRow(short, long, bool)
     return 1;
 }
 
+short aCDataSet::ToRowAnew(long row)
+{
+    return ToRow(FetchAbsolute, row, false);
+}
+
+short aCDataSet::RefreshRow(long row)
+{
+    if (IsVirtualRow(row))
+        return SetRow(row);
+    SetCurrentRow(0);
+    dropCached(row);
+    m_errorKind = NoError;
+    if (row < 1 || row > GetRowCount())
+        return 1;
+    if (ToRowAnew(row) != 0 || m_errorKind != NoError) {
+        SetCurrentRow(0);
+        return 1;
+    }
+    m_currentRow = row;
+    clearRowError(row);
+    if (m_cacheOn && !m_record)
+        CacheCurrentRow();
+    return 0;
+}
+
 short aCDataSet::MoveToRow(short direction, long row, bool follow)
 {
     m_errorKind = NoError;
@@ -445,6 +470,18 @@ void aCDataSet::trimCache()
         m_cache.erase(oldest);
         m_cacheUse.pop_back();
     }
+}
+
+void aCDataSet::dropCached(long row)
+{
+    const auto cached = m_cache.find(row);
+    if (cached == m_cache.end())
+        return;
+    if (m_record == &cached->second.record)
+        SetCurrentRow(0);
+    m_cacheBytes -= cached->second.record.bytes();
+    m_cacheUse.erase(cached->second.used);
+    m_cache.erase(cached);
 }
 
 void aCDataSet::ClearRowCache()

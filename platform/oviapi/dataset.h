@@ -109,6 +109,9 @@ public:
     // ToRow for applications: with follow the views that show the dataset move their focus to the
     // row, unless following has been switched off.
     short MoveToRow(short direction, long row, bool follow);
+    // Makes a row current that is read anew from its source, whatever was kept of it. Returns 0,
+    // and the row's error is gone; or 1 with the row's error.
+    virtual short RefreshRow(long row);
     bool FollowsRow() const { return m_followRow; }
     void SetFollowsRow(bool follow) { m_followRow = follow; }
     // The row buffer. Here: a copy of the current row made on demand; null without one.
@@ -190,10 +193,20 @@ public:
     virtual aCString ReadOnlyReason(int column);
 
     // Puts the source itself on the row (a cached row does not) and stores the data: the way a view
-    // edits. Cells of the new row are kept until it is posted.
+    // edits. Nothing is stored when the source gives other values, in whatever column, than those
+    // that are kept as shown, by BeginEdit or in the row cache: then the row's error is that
+    // another session has changed it, the result is 1, and RefreshRow shows what there is. Cells of
+    // the new row are kept until it is posted.
     short StoreCell(int column, long row, void* data);
     // The same from text. reason, where given: a sentence when the result is 1.
     short StoreText(int column, long row, std::wstring_view text, aCString* reason = nullptr);
+
+    // Keeps the row as it is shown now, for as long as somebody changes a value of it: StoreCell
+    // and a deletion compare with it. One row at a time; a cell that was stored is kept as stored.
+    void BeginEdit(long row);
+    void EndEdit();
+    // The row of BeginEdit, 0 for none.
+    long GetEditedRow() const { return m_editedRow; }
 
     // The new row: begun by AddRow without data, not yet stored.
     bool HasVirtualRow() const { return m_virtualRow != nullptr; }
@@ -201,7 +214,8 @@ public:
     long GetVirtualRow();
     bool IsVirtualRow(long row) { return row != 0 && row == GetVirtualRow(); }
     void DeleteVirtualRow();
-    // Hands the new row to AddRow; it is gone when that returns 0.
+    // Hands the new row to AddRow; it is gone when that returns 0. Else the error is that of row 0
+    // and the new row stays.
     short PostVirtualRow();
 
     // --- stamps: what a view shows in the place of a value
@@ -230,6 +244,17 @@ public:
     aCRecordView* GetRecordView() const;
 
 protected:
+    // ToRow to a row by its number, for RefreshRow: what the source itself keeps is read again.
+    virtual short ToRowAnew(long row);
+    // What becomes of a change of a row that is no longer as it was shown: the answer of StoreCell.
+    // Here: 1 with the error of the row.
+    virtual short RefuseStaleRow(long row);
+    // Puts the source itself on a row for a change of it. Returns 0; or 1, with the row's error,
+    // when it cannot be read, or is not what is kept as shown.
+    short PutSourceOnRow(long row);
+    // Whether the values of the current row are kept in memory, so that the source need not stand
+    // on it.
+    bool IsCurrentRowKept() const { return m_record != nullptr; }
     // Of the row in the row buffer, asked only while it is current and neither cached nor new.
     virtual bool IsColumnNull(int column);
     virtual unsigned ColumnState(int column); // StampCut, StampInvalid
@@ -265,9 +290,11 @@ private:
 
     aCColumn& col(int column) const;
     RowRecord recordOfCurrent();
+    bool isAsShown(long row);
     std::span<const std::byte> bufferBytes(int column);
     bool otherText(int column, aCString& text);
     void trimCache();
+    void dropCached(long row);
     void dropOldPhrases();
 
     std::vector<std::unique_ptr<aCColumn>> m_columns;
@@ -275,6 +302,8 @@ private:
     std::map<long, aCRow> m_rowDefs;
     std::unique_ptr<RowRecord> m_virtualRow;
     RowRecord* m_record = nullptr; // the current row, when it does not lie in the row buffer
+    RowRecord m_shown;             // the row of BeginEdit
+    long m_editedRow = 0;
     std::vector<std::byte> m_unpacked;
     std::map<long, CachedRow> m_cache;
     std::list<long> m_cacheUse; // cached rows, the one used last in front

@@ -250,6 +250,40 @@ short aCDataSet::StoreCell(int column, long row, void* data)
         RefreshViews();
         return 0;
     }
+    if (PutSourceOnRow(row) != 0)
+        return 1;
+    const short result = IntoCol(column, data);
+    if (result == 0 && row == m_editedRow)
+        BeginEdit(row);
+    return result;
+}
+
+void aCDataSet::BeginEdit(long row)
+{
+    EndEdit();
+    if (IsVirtualRow(row) || SetRow(row) != 0)
+        return;
+    m_shown = recordOfCurrent();
+    m_editedRow = row;
+}
+
+void aCDataSet::EndEdit()
+{
+    m_editedRow = 0;
+    m_shown = RowRecord();
+}
+
+// The current row has just been put into the row buffer by its source.
+bool aCDataSet::isAsShown(long row)
+{
+    if (row == m_editedRow)
+        return m_shown.sameValues(recordOfCurrent());
+    const auto cached = m_cache.find(row);
+    return cached == m_cache.end() || cached->second.record.sameValues(recordOfCurrent());
+}
+
+short aCDataSet::PutSourceOnRow(long row)
+{
     m_errorKind = NoError;
     SetCurrentRow(0);
     if (row < 1 || row > GetRowCount())
@@ -257,7 +291,15 @@ short aCDataSet::StoreCell(int column, long row, void* data)
     if (ToRow(FetchAbsolute, row, false) != 0 || m_errorKind != NoError)
         return 1;
     m_currentRow = row;
-    return IntoCol(column, data);
+    return isAsShown(row) ? 0 : RefuseStaleRow(row);
+}
+
+short aCDataSet::RefuseStaleRow(long row)
+{
+    constexpr long changedByAnother = 2162; // as the database client says it
+    m_errorKind = Refused;
+    setRowError(row, changedByAnother, 0, phrase(Phrase::DbRowChanged).c_str());
+    return 1;
 }
 
 short aCDataSet::StoreText(int column, long row, std::wstring_view text, aCString* reason)
@@ -272,7 +314,7 @@ short aCDataSet::StoreText(int column, long row, std::wstring_view text, aCStrin
     const short result = StoreCell(column, row, data.get());
     if (result != 0 && reason) {
         const RowError* error = getRowError(row);
-        *reason = error ? error->text : aCString();
+        *reason = error ? error->text : ReadOnlyReason(column);
     }
     return result;
 }
@@ -320,6 +362,7 @@ short aCDataSet::PostVirtualRow()
     }
     if (result != 0)
         m_virtualRow = std::move(pending);
+    RefreshViews();
     return result;
 }
 

@@ -37,6 +37,12 @@ constexpr EnglishPhrase english[] = {
     {Phrase::ValueInPart, L"Only a part of the value can be shown here."},
     {Phrase::TableReadOnly, L"This table is open for reading only."},
     {Phrase::LargeObjectNotEdited, L"A large object is not edited in the table."},
+    {Phrase::ConnectionReadOnly, L"The connection is for reading only."},
+    {Phrase::CursorReadOnly, L"The query has been opened for reading only."},
+    {Phrase::ColumnComputed, L"The value is computed and does not lie in a column of a table."},
+    {Phrase::RowsNotKeyed,
+     L"The rows cannot be changed: they do not come one by one from one table that has a key."},
+    {Phrase::NotTextOfClient, L"The text holds characters that cannot be sent to the database."},
 
     {Phrase::ValueCut, L"The value is longer than its column; it is shown up to here."},
     {Phrase::TextNotValid,

@@ -42,6 +42,11 @@ enum class Phrase : int {
     ValueInPart = 61024,
     TableReadOnly = 61025,
     LargeObjectNotEdited = 61026,
+    ConnectionReadOnly = 61051,
+    CursorReadOnly = 61052,
+    ColumnComputed = 61053,
+    RowsNotKeyed = 61054,
+    NotTextOfClient = 61055,
 
     // what is wrong with a stored value or row
     ValueCut = 61031,

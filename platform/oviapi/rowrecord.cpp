@@ -56,6 +56,14 @@ void RowRecord::setCell(size_t column, const Cell& cell)
     *this = RowRecord(cells);
 }
 
+bool RowRecord::sameValues(const RowRecord& other) const
+{
+    if (m_columns != other.m_columns || m_valueBytes != other.m_valueBytes)
+        return false;
+    const size_t size = m_columns * sizeof(Entry) + m_valueBytes;
+    return size == 0 || std::memcmp(m_data.get(), other.m_data.get(), size) == 0;
+}
+
 size_t RowRecord::bytes() const
 {
     size_t total = sizeof(RowRecord) + m_columns * sizeof(Entry) + m_valueBytes;

@@ -43,6 +43,8 @@ public:
     Cell cell(size_t column) const;
     // Replaces one cell; a column behind the last one is added, with NULLs before it.
     void setCell(size_t column, const Cell& cell);
+    // Whether both have the same columns with the same values and stamps, whatever the reasons.
+    bool sameValues(const RowRecord& other) const;
     // Bytes that the row takes.
     size_t bytes() const;
 

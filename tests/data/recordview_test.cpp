@@ -105,8 +105,16 @@ TEST_F(RecordViewOfDataSet, ShowsCopiesAndExplainsATextInAColumnOfNumbers)
     Rect place;
     ASSERT_TRUE(view.GetClientCellRect(1, 1, place));
     const std::wstring hint = view.hintAt(place.left + 5, place.top + 5);
-    EXPECT_EQ(hint, L"The stored value does not have the type of its column: n/a\n"
-                    L"This table is open for reading only.");
+    EXPECT_EQ(hint, L"The stored value does not have the type of its column: n/a");
+}
+
+TEST_F(RecordViewOfDataSet, ExplainsWhyACellCannotBeChanged)
+{
+    open(L"select upper(b) as u from t");
+    Rect place;
+    ASSERT_TRUE(view.GetClientCellRect(1, 1, place));
+    EXPECT_EQ(view.hintAt(place.left + 5, place.top + 5),
+              L"The value is computed and does not lie in a column of a table.");
 }
 
 TEST_F(RecordViewOfDataSet, SurvivesTheDataSet)

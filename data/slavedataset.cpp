@@ -1,0 +1,181 @@
+#include "data/slavedataset.h"
+
+#include <string_view>
+#include <utility>
+
+#include <dorcpp/charset.h>
+
+using DorCPP::DorCursor;
+using DorCPP::DorX;
+
+namespace {
+
+constexpr int linkedMode = 1024; // Kept: of the cursor, when the query has parameters
+
+} // namespace
+
+// Learns that the master dataset goes.
+class xCSlaveDataSet::MasterWatch : public OviAPI::aCDataSetViewer {
+public:
+    MasterWatch(xCSlaveDataSet& detail, OviAPI::aCDataSet& master)
+        : m_detail(detail)
+        , m_master(&master)
+    {
+        master.AddViewer(this);
+    }
+    ~MasterWatch() override
+    {
+        if (m_master)
+            m_master->RemoveViewer(this);
+    }
+    MasterWatch(const MasterWatch&) = delete;
+    MasterWatch& operator=(const MasterWatch&) = delete;
+
+    void onDataSetChanged() override {}
+    void onDataSetDestroyed() override { m_master = m_detail.m_master = nullptr; }
+
+private:
+    xCSlaveDataSet& m_detail;
+    OviAPI::aCDataSet* m_master;
+};
+
+xCSlaveDataSet::xCSlaveDataSet() = default;
+
+xCSlaveDataSet::~xCSlaveDataSet() = default;
+
+void xCSlaveDataSet::AddLink(int masterColumn, int parameter)
+{
+    m_links.append({masterColumn, parameter});
+}
+
+void xCSlaveDataSet::SetMasterDataSet(OviAPI::aCDataSet* master)
+{
+    m_masterWatch = master ? std::make_unique<MasterWatch>(*this, *master) : nullptr;
+    m_master = master;
+}
+
+void xCSlaveDataSet::SetMasterGrid(OviAPI::aCRecordView* view)
+{
+    m_masterView = view;
+    m_follower.reset(); // ends the connection to the view before
+    if (!view)
+        return;
+    m_follower = std::make_unique<OviAPI::Object>();
+    OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(
+        *view, *m_follower, [this](OviAPI::Object* sender, long previous, long row) {
+            return onGridRowGetFocus(sender, previous, row);
+        });
+}
+
+OviAPI::SlotResult xCSlaveDataSet::onGridRowGetFocus(OviAPI::Object*, long, long row)
+{
+    m_masterRow = row;
+    try {
+        updateCursor();
+    } catch (const DorX&) {
+        m_linkState = LinkFailed;
+    }
+    return 0;
+}
+
+void xCSlaveDataSet::Open(int channel, const wchar_t* sql, int mode, bool autoColumns)
+{
+    const std::wstring_view text = sql ? sql : L"";
+    // Kept: as many bytes as the text has characters.
+    std::string narrow(text.size() + 1, '\0');
+    narrow.resize(DorCPP::wcs2mbs(narrow.data(), text.size(), text.data(), text.size(),
+                                  DorCPP::getStdCharset()));
+    m_query = narrow;
+    m_writeBack = true;
+    m_channel = channel;
+    m_mode = m_cursorMode = mode;
+    updateCursor();
+    if (autoColumns)
+        AutoCreateColumns();
+}
+
+void xCSlaveDataSet::updateCursor()
+{
+    if (hasMasterRow()) {
+        prepare();
+        if (!hasRightLinks()) {
+            m_linkState = LinkMismatch;
+            return;
+        }
+    }
+    auto cursor = executedCursor();
+    if (IsRowCacheOn())
+        ClearRowCache();
+    SetDBCursor(cursor.release(), true);
+    m_linkState = LinkFine;
+    RefreshViews();
+}
+
+bool xCSlaveDataSet::hasMasterRow() const
+{
+    return m_master && m_master->GetRowCount() != 0 && m_links.count() != 0;
+}
+
+bool xCSlaveDataSet::hasRightLinks() const
+{
+    return m_parameterised.paramCount() == static_cast<int>(m_links.count());
+}
+
+// Once for all master rows; again only when the query has another text.
+void xCSlaveDataSet::prepare()
+{
+    if (m_prepared && m_preparedQuery == m_query)
+        return;
+    DorCPP::DorConnect connection;
+    connection.attach(m_channel, false);
+    m_parameterised.create(connection, m_query.c_str(), false);
+    m_preparedQuery = m_query;
+    m_prepared = true;
+}
+
+std::unique_ptr<DorCursor> xCSlaveDataSet::executedCursor()
+{
+    if (!hasMasterRow())
+        return plainCursor();
+    prepare();
+    if (!hasRightLinks())
+        throw DorX(-1, DorCPP::CodeBadBind, OviAPI::Phrase::DbBadBind);
+    return linkedCursor();
+}
+
+std::unique_ptr<DorCursor> xCSlaveDataSet::plainCursor()
+{
+    DorCPP::DorConnect connection;
+    connection.attach(m_channel, false);
+    auto cursor = std::make_unique<DorCursor>();
+    cursor->create(connection, m_mode, nullptr, true);
+    cursor->execute(m_query.c_str());
+    m_openedByStatement = false;
+    return cursor;
+}
+
+std::unique_ptr<DorCursor> xCSlaveDataSet::linkedCursor()
+{
+    DorCPP::DorConnect connection;
+    connection.attach(m_channel, false);
+    std::list<std::string> values;
+    DorCPP::BindMap binds;
+    for (const Link& link : m_links) {
+        const std::wstring text = m_master->GetCellText(link.masterColumn, m_masterRow);
+        const unsigned state = m_master->CellState(link.masterColumn);
+        const bool none = (state & (OviAPI::StampNull | OviAPI::defaultStamps)) != 0;
+        const std::string& value =
+            values.emplace_back(DorCPP::narrow(text, DorCPP::getStdCharset()));
+        binds.bind(link.parameter, {DorCPP::TypeChar, value.data(), value.size(),
+                                    static_cast<short>(none ? 1 : 0)});
+    }
+    auto cursor = std::make_unique<DorCursor>();
+    cursor->create(connection, linkedMode, nullptr, true);
+    cursor->execute(m_parameterised, &binds);
+    m_values.swap(values); // for whoever executes the statement again
+    m_masterValues = std::move(binds);
+    m_statement = &m_parameterised;
+    m_binds = &m_masterValues;
+    m_openedByStatement = true;
+    return cursor;
+}
