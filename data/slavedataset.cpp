@@ -96,13 +96,8 @@ void xCSlaveDataSet::Open(int channel, const wchar_t* sql, int mode, bool autoCo
 
 void xCSlaveDataSet::updateCursor()
 {
-    if (hasMasterRow()) {
-        prepare();
-        if (!hasRightLinks()) {
-            m_linkState = LinkMismatch;
-            return;
-        }
-    }
+    if (hasMasterRow() && !prepareLinks())
+        return;
     auto cursor = executedCursor();
     if (IsRowCacheOn())
         ClearRowCache();
@@ -116,29 +111,26 @@ bool xCSlaveDataSet::hasMasterRow() const
     return m_master && m_master->GetRowCount() != 0 && m_links.count() != 0;
 }
 
-bool xCSlaveDataSet::hasRightLinks() const
+bool xCSlaveDataSet::prepareLinks()
 {
-    return m_parameterised.paramCount() == static_cast<int>(m_links.count());
-}
-
-// Once for all master rows; again only when the query has another text.
-void xCSlaveDataSet::prepare()
-{
-    if (m_prepared && m_preparedQuery == m_query)
-        return;
-    DorCPP::DorConnect connection;
-    connection.attach(m_channel, false);
-    m_parameterised.create(connection, m_query.c_str(), false);
-    m_preparedQuery = m_query;
-    m_prepared = true;
+    if (!m_prepared || m_preparedQuery != m_query) {
+        DorCPP::DorConnect connection;
+        connection.attach(m_channel, false);
+        m_parameterised.create(connection, m_query.c_str(), false);
+        m_preparedQuery = m_query;
+        m_prepared = true;
+    }
+    if (m_parameterised.paramCount() == static_cast<int>(m_links.count()))
+        return true;
+    m_linkState = LinkMismatch;
+    return false;
 }
 
 std::unique_ptr<DorCursor> xCSlaveDataSet::executedCursor()
 {
     if (!hasMasterRow())
         return plainCursor();
-    prepare();
-    if (!hasRightLinks())
+    if (!prepareLinks())
         throw DorX(-1, DorCPP::CodeBadBind, OviAPI::Phrase::DbBadBind);
     return linkedCursor();
 }
@@ -158,24 +150,33 @@ std::unique_ptr<DorCursor> xCSlaveDataSet::linkedCursor()
 {
     DorCPP::DorConnect connection;
     connection.attach(m_channel, false);
-    std::list<std::string> values;
-    DorCPP::BindMap binds;
+    MasterValues values = readMasterValues();
+    auto cursor = std::make_unique<DorCursor>();
+    cursor->create(connection, linkedMode, nullptr, true);
+    cursor->execute(m_parameterised, &values.binds);
+    keepMasterValues(std::move(values));
+    return cursor;
+}
+
+xCSlaveDataSet::MasterValues xCSlaveDataSet::readMasterValues()
+{
+    MasterValues values;
     for (const Link& link : m_links) {
         const std::wstring text = m_master->GetCellText(link.masterColumn, m_masterRow);
         const unsigned state = m_master->CellState(link.masterColumn);
         const bool none = (state & (OviAPI::StampNull | OviAPI::defaultStamps)) != 0;
         const std::string& value =
-            values.emplace_back(DorCPP::narrow(text, DorCPP::getStdCharset()));
-        binds.bind(link.parameter, {DorCPP::TypeChar, value.data(), value.size(),
-                                    static_cast<short>(none ? 1 : 0)});
+            values.texts.emplace_back(DorCPP::narrow(text, DorCPP::getStdCharset()));
+        values.binds.bind(link.parameter, {DorCPP::TypeChar, value.data(), value.size(),
+                                           static_cast<short>(none ? 1 : 0)});
     }
-    auto cursor = std::make_unique<DorCursor>();
-    cursor->create(connection, linkedMode, nullptr, true);
-    cursor->execute(m_parameterised, &binds);
-    m_values.swap(values); // for whoever executes the statement again
-    m_masterValues = std::move(binds);
+    return values;
+}
+
+void xCSlaveDataSet::keepMasterValues(MasterValues values)
+{
+    m_values = std::move(values); // a list that is moved leaves its texts where they are
     m_statement = &m_parameterised;
-    m_binds = &m_masterValues;
+    m_binds = &m_values.binds;
     m_openedByStatement = true;
-    return cursor;
 }

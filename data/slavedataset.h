@@ -43,8 +43,9 @@ public:
     // characters. Throws DorX, and aCDataFailure (NoCursor) when columns are to be made of nothing.
     void Open(int channel, const wchar_t* sql, int mode, bool autoColumns) override;
     // Executes the query for the current master row. When the number of parameters is not that of
-    // the links, nothing is executed and the rows stay. Throws DorX.
-    void updateCursor();
+    // the links, nothing is executed and the rows stay. Throws DorX. A derived class may execute it
+    // elsewhere: see the protected functions.
+    virtual void updateCursor();
     // The focus of the master's view has come to this row. An error of the database is told by the
     // link state alone. Returns 0.
     OviAPI::SlotResult onGridRowGetFocus(OviAPI::Object* sender, long previous, long row);
@@ -53,6 +54,25 @@ public:
     long GetMasterRow() const { return m_masterRow; }
 
 protected:
+    static constexpr int linkedMode = 1024; // of the cursor, when the query has parameters
+
+    // What the parameters get. The binds point to the texts.
+    struct MasterValues {
+        std::list<std::string> texts;
+        DorCPP::BindMap binds;
+    };
+
+    // Whether there is a row of the master whose values the links take.
+    bool hasMasterRow() const;
+    // Makes the parameterised statement, once for all master rows, again only when the query has
+    // another text. False, with the link state, when it has not as many parameters as there are
+    // links. Throws DorX.
+    bool prepareLinks();
+    MasterValues readMasterValues();
+    // From now on the query is the parameterised statement with these values: it is executed so
+    // again, after an insertion for example.
+    void keepMasterValues(MasterValues values);
+
     // With the values of the master. Throws DorX: CodeBadBind for a wrong number of parameters.
     std::unique_ptr<DorCPP::DorCursor> executedCursor() override;
 
@@ -75,15 +95,11 @@ protected:
 private:
     class MasterWatch;
 
-    bool hasMasterRow() const;
-    bool hasRightLinks() const;
-    void prepare();
     std::unique_ptr<DorCPP::DorCursor> plainCursor();
     std::unique_ptr<DorCPP::DorCursor> linkedCursor();
 
     std::unique_ptr<MasterWatch> m_masterWatch;
     std::unique_ptr<OviAPI::Object> m_follower; // receives the signal of the view that is followed
     std::string m_preparedQuery;
-    std::list<std::string> m_values; // what the bind map points to
-    DorCPP::BindMap m_masterValues;
+    MasterValues m_values; // of the rows that there are
 };

@@ -35,7 +35,7 @@ void DetailRows::readFor(OviAPI::aCDataSet* master, long row)
 void DetailRows::updateCursor()
 {
     cancel();
-    if (!prepareLinks())
+    if (!hasMasterRow() || !prepareLinks())
         return;
     m_asked = readMasterValues();
     m_reading = std::make_unique<BackgroundStatement>(m_connection, m_parameterised, m_asked.binds,
