@@ -16,7 +16,7 @@ set(program ${CMAKE_INSTALL_LIBEXECDIR}/oviext)
 set(internal_dorcpp answer bigvalue cursorstate driver errors execution keylist monitoring parameter
     positioned rowblock rowkeys rowsource secret session sessiondriver signalsblocked spool sqltext translate value
     worker)
-set(internal_oviapi liveobjects resourcefile resourceformat)
+set(internal_oviapi celledit cellfield liveobjects recordeditor resourcefile resourceformat)
 set(internal_xmlutils codepage document limits)
 set(internal_panels framelabel)
 foreach(path platform/oviapi platform/dorcpp platform/xmlutils app data grids panels trend)

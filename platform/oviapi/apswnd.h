@@ -58,8 +58,9 @@ protected:
     void setOpaque() { m_opaque = true; }
     // The text of the tool tip at a point; empty for none.
     virtual std::wstring hintAt(int x, int y);
-    // A mouse event is about to be dispatched. Sees it even when a slot handles it.
-    virtual void beforeMouse(int x, int y, long flags, bool pressed);
+    // A mouse event is about to be dispatched. Sees it even when a slot handles it. True: the event
+    // goes no further.
+    virtual bool beforeMouse(int x, int y, long flags, bool pressed);
 
 private:
     friend struct ScrollNative;

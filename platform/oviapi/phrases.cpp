@@ -50,6 +50,14 @@ constexpr EnglishPhrase english[] = {
     {Phrase::TypeMismatch, L"The stored value does not have the type of its column: %ls"},
     {Phrase::RowTooLong, L"A row of the answer is too long to be shown"},
 
+    {Phrase::NullKey, L"An empty text is no value of this column. Ctrl+0 sets NULL."},
+    {Phrase::DefaultNewRow, L"Only a cell of a new row can be left to the server."},
+    {Phrase::MarkKeys, L"The space bar switches the mark, Ctrl+0 sets NULL."},
+    {Phrase::ValueOpened, L"A text of several lines, or a long one, is not edited in the table."},
+    {Phrase::NotStored, L"The change has not been stored."},
+    {Phrase::StoredNow, L"Stored now: %ls"},
+    {Phrase::NewRow, L"new row"},
+
     {Phrase::DbNoRow, L"There is no such row"},
     {Phrase::DbRowGone, L"The row has been deleted since the data were read"},
     {Phrase::DbDeadlock, L"Another session changed the same data; the transaction cannot go on"},

@@ -54,6 +54,15 @@ enum class Phrase : int {
     TypeMismatch = 61033, // the stored value
     RowTooLong = 61034,
 
+    // editing in a record view
+    NullKey = 61041,
+    DefaultNewRow = 61042,
+    MarkKeys = 61043,
+    ValueOpened = 61044,
+    NotStored = 61045,
+    StoredNow = 61046, // the value
+    NewRow = 61047,
+
     // errors of the database client, one for each kind
     DbNoRow = 61101,
     DbRowGone = 61102,

@@ -8,6 +8,7 @@
 
 #include <oviapi/painter.h>
 #include <oviapi/phrases.h>
+#include <oviapi/recordeditor.h>
 
 namespace OviAPI {
 
@@ -25,6 +26,7 @@ int toPixel(int64_t place)
 
 aCRecordView::aCRecordView()
     : m_broker(std::make_unique<aCClientAreaBroker>(this))
+    , m_editor(std::make_unique<RecordEditor>(*this))
     , m_dragTimer(dragTickMs)
 {
     setStyle(long{TabStop} | long{ThinFrame});
@@ -44,8 +46,11 @@ aCRecordView::~aCRecordView()
 
 bool aCRecordView::create()
 {
+    const bool fresh = !isCreated();
     if (!aCApsWnd::create())
         return false;
+    if (fresh)
+        m_editor->nativeComes();
     measureFont();
     initWidths();
     syncLayout();
@@ -55,6 +60,7 @@ bool aCRecordView::create()
 
 bool aCRecordView::SetDataSet(aCDataSet* dataSet, bool show)
 {
+    m_editor->drop();
     if (m_dataSet)
         m_dataSet->RemoveViewer(this);
     m_dataSet = dataSet;
@@ -160,6 +166,7 @@ void aCRecordView::updateBars()
     for (int round = 0; round < 3 && std::exchange(m_barsStale, false); ++round)
         placeBars();
     m_placingBars = false;
+    m_editor->place();
 }
 
 void aCRecordView::placeBars()
@@ -182,6 +189,8 @@ void aCRecordView::placeBars()
 bool aCRecordView::onVisClientSize()
 {
     updateBars();
+    if (m_editor->isOpen())
+        ScrollToCell(m_selection.col(), m_selection.row());
     return false;
 }
 
@@ -202,6 +211,11 @@ void aCRecordView::keepSelection(bool toStart)
 
 void aCRecordView::ReShow(short part, bool toStart, bool layout, bool repaintNow, const Rect* area)
 {
+    const auto alive = life();
+    if (toStart && !m_editor->finish())
+        toStart = false; // what could not be stored keeps its place
+    if (alive.expired())
+        return;
     const long oldRow = m_selection.row();
     m_faults.clear();
     if (toStart) {
@@ -213,6 +227,7 @@ void aCRecordView::ReShow(short part, bool toStart, bool layout, bool repaintNow
         initWidths();
     }
     syncLayout();
+    m_editor->followRows();
     keepSelection(toStart);
     updateBars();
     if (repaintNow) {
@@ -229,7 +244,8 @@ void aCRecordView::ReShow(short part, bool toStart, bool layout, bool repaintNow
 
 void aCRecordView::onDataSetChanged()
 {
-    ReShow(0, false, true, true, nullptr);
+    if (!m_editor->waitsWithChange())
+        ReShow(0, false, true, true, nullptr);
 }
 
 void aCRecordView::onDataSetDestroyed()
@@ -388,6 +404,16 @@ void aCRecordView::ScrollToCell(int col, long row)
 
 void aCRecordView::doScroll(long horizontal, long vertical)
 {
+    const auto alive = life();
+    const long wantedLeft = std::clamp(horizontal, 0L, GetScrollRange(HorizontalBar));
+    const long wantedFirst = std::clamp(vertical, 0L, GetScrollRange(VerticalBar)) + 1;
+    const bool allowed = m_editor->scroll(wantedLeft, wantedFirst);
+    if (alive.expired())
+        return;
+    if (!allowed) { // the bars go back
+        horizontal = GetScrollPos(HorizontalBar);
+        vertical = m_firstRow - 1;
+    }
     const long oldLeft = GetScrollPos(HorizontalBar);
     const long oldFirst = m_firstRow;
     SetScrollPos(HorizontalBar, horizontal);
@@ -400,7 +426,8 @@ void aCRecordView::doScroll(long horizontal, long vertical)
     const Rect cells = cellsArea();
     const Rect rows{0, cells.top, cells.right, cells.bottom};
     const Rect columns{cells.left, 0, cells.right, cells.bottom};
-    if (right != 0 && down != 0)
+    m_editor->place();
+    if ((right != 0 && down != 0) || m_editor->coversCells())
         repaint();
     else if (down != 0 && std::abs(down) < GetRowOnPage())
         ScrollPixels(rows, 0, static_cast<int>(down) * m_broker->rowHeight);

@@ -15,6 +15,7 @@
 
 namespace OviAPI {
 
+class RecordEditor;
 struct RecordFaces;
 
 // Shows the rows that fit into the window and asks the dataset for no others: cost and memory do
@@ -25,6 +26,13 @@ struct RecordFaces;
 // Shift+Tab cell by cell; with Shift they extend the selection. Control+A selects everything,
 // Control+Space whole columns, Shift+Space whole rows, Control+C copies (see recordcopy.h), with
 // Shift including the captions.
+//
+// Where cells may be edited (SetReadOnly): what is typed replaces the value, F2, Enter and a double
+// click open the editor on it, Control+V with what was copied, Alt+Down with its list. Enter stores
+// and goes down, the keys above store and move, Escape takes back. What is refused stays in the
+// editor, with a sentence beside it. Space switches a check mark, Control+0 sets NULL. Insert, and
+// Down on the last row, begin the new row; Control+Shift+0 leaves its cell to the server, leaving
+// the row posts it, Escape takes it away. What leaves the cell or the row by the mouse stores, too.
 //
 // Columns and rows are counted from 1. Points to its dataset and does not own it; owns its broker.
 class OVIAPI_API aCRecordView : public virtual aCApsWnd, private aCDataSetViewer {
@@ -72,6 +80,34 @@ public:
     // Copies the selection to the clipboard as text and as a table. Returns the number of rows
     // copied; a selection of more than a million cells is cut.
     long Copy(bool captions);
+
+    // --- editing; true at first: nothing can be edited
+
+    void SetReadOnly(bool readOnly);
+    bool IsReadOnly() const;
+    // Opens the editor of a cell; false when there is none afterwards. Then a sentence beside the
+    // cell says why, or the value has been handed to onOpenValue.
+    bool EditCell(int col, long row);
+    bool IsEditing() const;
+    // An editor whose text has been changed, or a new row in which something has been entered.
+    bool HasPendingEdit() const;
+    // Stores the text of the editor and posts the new row. True when nothing is pending any more;
+    // to be called before the dataset is sorted, opened again or closed. Throws what the dataset
+    // throws, when it raises errors; the text stays in the editor then, too.
+    bool FinishEdit();
+    // Takes the editor away without storing, and the new row.
+    void GiveUpEdit();
+    // Begins the new row, behind the last one, and moves the focus there.
+    bool AppendRow();
+    // Without asking. The new row is taken away.
+    bool DeleteFocusedRow();
+    bool SetFocusedNull();
+    bool SetFocusedDefault(); // in the new row only
+    // After a refusal because another session has changed the row: stores over it all the same
+    // (KeepMine), or shows what is stored now beside the editor, which keeps its text (ShowTheirs;
+    // storing is then possible again). False, with the row's error, when that cannot be done.
+    bool KeepMine();
+    bool ShowTheirs();
 
     // --- scrolling
 
@@ -170,8 +206,25 @@ public:
     // The user has given a column another width.
     virtual bool onColResized(int col);
     virtual bool onSelectionChanged();
+    // The user wants to delete a row. The default deletes nothing: the application asks, and then
+    // calls DeleteFocusedRow.
+    virtual bool onDeleteRowKey(long row);
+    // A store has been refused, by the column's type or by the dataset (see its row error). The
+    // editor, if there is one, is still open. col 0: the new row as a whole; its error is that of
+    // row 0.
+    virtual bool onEditRefused(int col, long row);
+    virtual bool onEditStored(int col, long row); // col 0: the new row as a whole
+    // An editor or the new row has gone, and nothing of it has been stored.
+    virtual bool onEditEnded();
+    // The new row has been begun. What is stored into its cells now is not counted as entered: with
+    // nothing else the row goes when the focus leaves it.
+    virtual bool onRowBegun(long row);
+    // The user wants to see or edit a value that does not show or fit in its cell: a large object,
+    // several lines, a long text, a value that is cut. True when it has been opened.
+    virtual bool onOpenValue(int col, long row);
 
     bool onKeyDown(VirtualKey key) override;
+    bool onChar(wchar_t character) override;
     bool onLButtonDown(int x, int y, long flags) override;
     bool onLButtonUp(int x, int y, long flags) override;
     bool onLButtonDblClk(int x, int y, long flags) override;
@@ -191,12 +244,14 @@ protected:
     std::unique_ptr<Native> makeNative() override;
     void nativeGoes() override;
     std::wstring hintAt(int x, int y) override;
-    void beforeMouse(int x, int y, long flags, bool pressed) override;
+    bool beforeMouse(int x, int y, long flags, bool pressed) override;
 
 private:
     friend class aCClientAreaBroker;
+    friend struct Composer;
     friend struct RecordPainter;
     friend class RecordAccessible;
+    friend class RecordEditor;
 
     enum class Drag { None, Edge, Cells, Rows };
 
@@ -242,7 +297,8 @@ private:
 
     aCDataSet* m_dataSet = nullptr;
     std::unique_ptr<aCClientAreaBroker> m_broker;
-    std::shared_ptr<RecordFaces> m_faces; // fonts measured for painting
+    std::unique_ptr<RecordEditor> m_editor; // never null
+    std::shared_ptr<RecordFaces> m_faces;   // fonts measured for painting
     ColumnLayout m_columns;
     RecordSelection m_selection;
     WTimer m_dragTimer;                // scrolls while a drag is held outside
@@ -281,3 +337,9 @@ OVIAPI_SIGNAL(OviAPI::aCRecordView, onHeaderRButtonDown);
 OVIAPI_SIGNAL(OviAPI::aCRecordView, onCellDblClk);
 OVIAPI_SIGNAL(OviAPI::aCRecordView, onColResized);
 OVIAPI_SIGNAL(OviAPI::aCRecordView, onSelectionChanged);
+OVIAPI_SIGNAL(OviAPI::aCRecordView, onDeleteRowKey);
+OVIAPI_SIGNAL(OviAPI::aCRecordView, onEditRefused);
+OVIAPI_SIGNAL(OviAPI::aCRecordView, onEditStored);
+OVIAPI_SIGNAL(OviAPI::aCRecordView, onEditEnded);
+OVIAPI_SIGNAL(OviAPI::aCRecordView, onRowBegun);
+OVIAPI_SIGNAL(OviAPI::aCRecordView, onOpenValue);

@@ -5,6 +5,7 @@
 
 #include <oviapi/painter.h>
 #include <oviapi/phrases.h>
+#include <oviapi/recordeditor.h>
 
 namespace OviAPI {
 
@@ -317,6 +318,9 @@ std::wstring aCRecordView::hintAt(int x, int y)
         return {};
     if (col != 0)
         return cellHint(col, row);
+    aCString newRow = m_editor->newRowFault(row);
+    if (!newRow.empty())
+        return newRow;
     const auto* error = m_dataSet->getRowError(row);
     return error ? error->text : GetRowFault(row);
 }

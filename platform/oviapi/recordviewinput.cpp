@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include <oviapi/recordeditor.h>
+
 namespace OviAPI {
 
 namespace {
@@ -66,9 +68,20 @@ bool aCRecordView::ExtendTo(int col, long row)
            moveFocus(col, row, true);
 }
 
-// False without cells; a place outside is the nearest one inside.
+// False without cells, and when what would be left cannot be stored; a place outside is the nearest
+// one inside.
 bool aCRecordView::moveFocus(int col, long row, bool extend)
 {
+    const auto alive = life();
+    if (syncLayout())
+        updateBars();
+    if (m_rows < 1 || GetColCount() < 1)
+        return false;
+    col = std::clamp(col, 1, GetColCount());
+    row = std::clamp(row, 1L, m_rows);
+    if (!m_editor->leave(col, row) || alive.expired())
+        return false;
+    // Storing may have changed the rows.
     if (syncLayout())
         updateBars();
     if (m_rows < 1 || GetColCount() < 1)
@@ -174,13 +187,16 @@ bool aCRecordView::tabKey(bool back)
     }
     if (m_listBox || row < 1 || row > m_rows)
         return false;
-    return moveFocus(col, row, false);
+    moveFocus(col, row, false);
+    return true;
 }
 
 bool aCRecordView::onKeyDown(VirtualKey key)
 {
     if (syncLayout())
         updateBars();
+    if (const std::optional<bool> answer = m_editor->keyDown(key))
+        return *answer;
     if (m_selection.row() == 0 || key.alt())
         return false;
     switch (key.getKeyboardKey()) {
@@ -210,22 +226,30 @@ bool aCRecordView::onKeyDown(VirtualKey key)
     }
 }
 
-void aCRecordView::beforeMouse(int x, int y, long flags, bool pressed)
+bool aCRecordView::onChar(wchar_t character)
+{
+    return m_editor->typed(character);
+}
+
+bool aCRecordView::beforeMouse(int x, int y, long flags, bool pressed)
 {
     if (syncLayout())
         updateBars();
+    if (pressed && m_editor->pressed(x, y))
+        return true;
     const bool edge = GetEdgeFromPoint(x, y) != 0;
     if (pressed)
         m_suppressHeader = edge && (flags & MouseLeft) != 0;
     // The release may have been handled by somebody else.
     if (!pressed && m_drag != Drag::None && (flags & MouseLeft) == 0) {
         endDrag();
-        return; // a slot may have deleted the view
+        return false; // a slot may have deleted the view
     }
     if (!pressed && m_drag == Drag::None && edge != m_overEdge) {
         m_overEdge = edge;
         setCursor(edge ? CursorShape::SplitHorizontal : CursorShape::Arrow);
     }
+    return false;
 }
 
 void aCRecordView::pressCell(int x, int y, bool extend)
@@ -240,8 +264,12 @@ void aCRecordView::pressCell(int x, int y, bool extend)
     m_drag = rows ? Drag::Rows : Drag::Cells;
     m_dragPoint = {x, y};
     const auto alive = life();
-    moveFocus(rows ? std::max(m_selection.col(), 1) : col, row, extend);
-    if (!alive.expired() && rows)
+    const bool moved = moveFocus(rows ? std::max(m_selection.col(), 1) : col, row, extend);
+    if (alive.expired())
+        return;
+    if (!moved)
+        m_drag = Drag::None;
+    else if (rows)
         SelectRows();
 }
 
@@ -295,7 +323,7 @@ bool aCRecordView::onLButtonDblClk(int x, int y, long)
     if (col == 0 || row == 0)
         return false;
     const auto result = dispatch<&aCRecordView::onCellDblClk>(*this, col, row);
-    return result.senderDied || result.bySlot || result.value;
+    return result.senderDied || result.bySlot || result.value || m_editor->doubleClicked(col, row);
 }
 
 // Moves the focus to a cell outside the selection, so that a menu speaks of what is under it.
@@ -350,7 +378,9 @@ void aCRecordView::dragTo(int x, int y)
         else if (x >= cells.right)
             ++col;
     }
-    moveFocus(col, row, true);
+    const auto alive = life();
+    if (!moveFocus(col, row, true) && !alive.expired())
+        endDrag();
 }
 
 SlotResult aCRecordView::dragTick(Object*)

@@ -157,9 +157,10 @@ bool ScrollNative::filterSurface(QEvent* event)
     case QEvent::MouseMove: {
         const auto* mouse = static_cast<QMouseEvent*>(event);
         const QPoint at = mouse->position().toPoint();
-        m_window.beforeMouse(at.x(), at.y(), toMouseFlags(mouse->buttons(), mouse->modifiers()),
-                             event->type() != QEvent::MouseMove);
-        if (!alive)
+        const bool ends =
+            m_window.beforeMouse(at.x(), at.y(), toMouseFlags(mouse->buttons(), mouse->modifiers()),
+                                 event->type() != QEvent::MouseMove);
+        if (!alive || ends)
             return true;
         break;
     }
@@ -177,6 +178,12 @@ bool ScrollNative::filterSurface(QEvent* event)
         break;
     }
     return Native::filterSurface(event);
+}
+
+bool ScrollNative::filterWidget(QEvent* event)
+{
+    const bool focus = event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut;
+    return !(focus && focusStays) && Native::filterWidget(event);
 }
 
 bool ScrollNative::hint(QEvent* event)
@@ -293,6 +300,9 @@ std::wstring aCApsWnd::hintAt(int, int)
     return {};
 }
 
-void aCApsWnd::beforeMouse(int, int, long, bool) {}
+bool aCApsWnd::beforeMouse(int, int, long, bool)
+{
+    return false;
+}
 
 } // namespace OviAPI

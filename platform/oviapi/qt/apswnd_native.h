@@ -45,8 +45,13 @@ struct ScrollNative : Native {
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
+    // Set while the focus moves between the area and a control inside that has it in its name:
+    // nobody is told.
+    bool focusStays = false;
+
 protected:
     bool filterSurface(QEvent* event) override;
+    bool filterWidget(QEvent* event) override;
 
 private:
     void step(ScrollBar which, int action);

@@ -75,6 +75,17 @@ constexpr KeyRange ranges[] = {
     {KeyF1, KeyF24, Qt::Key_F1},
 };
 
+// The digit of a key in the upper row, whatever it types: together with Control or Shift most
+// layouts make another sign of it, some type their digits with Shift only. 0 for other keys.
+int digitByPlace(const QKeyEvent& event)
+{
+    constexpr quint32 firstPlace = 10; // of the 1, as the desktop numbers its keys; 0 is the last
+    const quint32 place = event.nativeScanCode();
+    if (place < firstPlace || place > firstPlace + 9)
+        return KeyNone;
+    return place == firstPlace + 9 ? int{Key0} : static_cast<int>(Key0 + 1 + place - firstPlace);
+}
+
 } // namespace
 
 int keyboardKey(int qt)
@@ -116,8 +127,13 @@ VirtualKey toVirtualKey(const QKeyEvent& event)
     add(Qt::MetaModifier, ModifierSuper);
     add(Qt::KeypadModifier, ModifierKeypad);
     const std::wstring text = fromQString(event.text());
-    return {keyboardKey(event.key()), modifiers, text.empty() ? wchar_t{0} : text.front(),
-            event.isAutoRepeat()};
+    int number = keyboardKey(event.key());
+    const bool shift = (modifiers & ModifierShift) != 0;
+    if ((modifiers & ModifierControl) != 0 && (shift || number == KeyNone)) {
+        if (const int digit = digitByPlace(event); digit != KeyNone)
+            number = digit;
+    }
+    return {number, modifiers, text.empty() ? wchar_t{0} : text.front(), event.isAutoRepeat()};
 }
 
 long toMouseFlags(Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers)

@@ -82,6 +82,7 @@ public:
         state.selected = isSelected();
         state.focused = m_view.hasFocus() && m_view.GetCol() == m_col && m_view.GetRow() == m_row;
         state.readOnly = !reason().empty();
+        state.editable = !m_view.IsReadOnly() && !state.readOnly && isUpdatable();
         return state;
     }
 
@@ -116,6 +117,8 @@ private:
         return m_view.GetDataSet()->SetRow(m_row) == 0 ? m_view.GetDataSet()->ReadOnlyReason(m_col)
                                                        : aCString();
     }
+
+    bool isUpdatable() const { return isValid() && m_view.GetDataSet()->IsUpdatable(m_col); }
 
     RecordAccessible* m_table;
     aCRecordView& m_view;
@@ -168,15 +171,29 @@ RecordAccessible::Page RecordAccessible::page() const
 
 int RecordAccessible::childCount() const
 {
+    return pageCells() + (field() ? 1 : 0);
+}
+
+int RecordAccessible::pageCells() const
+{
     const Page now = page();
     return now.columns * static_cast<int>(1 + now.rows);
+}
+
+QAccessibleInterface* RecordAccessible::field() const
+{
+    // It has the focus in the name of the view.
+    QWidget* control = m_view.IsEditing() ? widget()->focusProxy() : nullptr;
+    return control ? QAccessible::queryAccessibleInterface(control) : nullptr;
 }
 
 QAccessibleInterface* RecordAccessible::child(int index) const
 {
     const Page now = page();
-    if (index < 0 || index >= childCount())
+    if (index < 0 || index > pageCells())
         return nullptr;
+    if (index == pageCells())
+        return field();
     const long line = index / now.columns;
     return at(now.firstCol + index % now.columns, line == 0 ? 0 : now.firstRow + line - 1);
 }
@@ -196,7 +213,7 @@ QAccessibleInterface* RecordAccessible::at(int col, long row) const
 void RecordAccessible::dropOld() const
 {
     constexpr size_t most = 4096;
-    if (m_cells.size() < std::max(most, 2 * static_cast<size_t>(childCount())))
+    if (m_cells.size() < std::max(most, 2 * static_cast<size_t>(pageCells())))
         return;
     const Page now = page();
     for (auto it = m_cells.begin(); it != m_cells.end();) {
@@ -222,7 +239,7 @@ int RecordAccessible::indexOfChild(const QAccessibleInterface* child) const
 {
     const auto* cell = dynamic_cast<const Cell*>(child);
     if (!cell)
-        return -1;
+        return child && child == field() ? pageCells() : -1;
     const Page now = page();
     const long line = cell->row() == 0 ? 0 : cell->row() - now.firstRow + 1;
     const int col = cell->col() - now.firstCol;
@@ -233,8 +250,10 @@ int RecordAccessible::indexOfChild(const QAccessibleInterface* child) const
 
 QAccessibleInterface* RecordAccessible::focusChild() const
 {
-    return m_view.hasFocus() && m_view.GetRow() != 0 ? at(m_view.GetCol(), m_view.GetRow())
-                                                     : nullptr;
+    if (!m_view.hasFocus() || m_view.GetRow() == 0)
+        return nullptr;
+    QAccessibleInterface* editor = field();
+    return editor ? editor : at(m_view.GetCol(), m_view.GetRow());
 }
 
 QAccessibleInterface* RecordAccessible::cellAt(int row, int column) const
@@ -257,7 +276,7 @@ int RecordAccessible::selectedCellCount() const
 QList<QAccessibleInterface*> RecordAccessible::selectedCells() const
 {
     QList<QAccessibleInterface*> cells; // those on the screen
-    for (int i = 0, n = childCount(); i < n; ++i) {
+    for (int i = 0, n = pageCells(); i < n; ++i) {
         auto* cell = static_cast<Cell*>(child(i));
         if (cell->row() != 0 && cell->isSelected())
             cells.append(cell);

@@ -13,8 +13,8 @@ namespace OviAPI {
 
 class ScrollArea;
 
-// A table whose children are the column headers and the cells on the screen, row by row; any other
-// cell is reached by its row and column. Rows behind the first 2,147,483,647 have no number there.
+// A table whose children are the column headers and the cells on the screen, row by row, and behind
+// them the open editor, if there is one; any other cell is reached by its row and column. Rows behind the first 2,147,483,647 have no number there.
 class RecordAccessible : public QAccessibleWidget, public QAccessibleTableInterface {
 public:
     RecordAccessible(ScrollArea* area, aCRecordView& view);
@@ -64,6 +64,8 @@ private:
     };
 
     Page page() const;
+    int pageCells() const;
+    QAccessibleInterface* field() const; // null without an open editor
     // row 0: the header.
     QAccessibleInterface* at(int col, long row) const;
     // Lets go of cells that have been scrolled away, when there are many.

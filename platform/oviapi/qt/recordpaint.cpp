@@ -7,8 +7,11 @@
 #include <QStyleOptionHeader>
 
 #include <oviapi/celldisplay.h>
+#include <oviapi/celledit.h>
 #include <oviapi/painter.h>
+#include <oviapi/recordeditor.h>
 
+#include "cellcolors.h"
 #include "colormix.h"
 #include "convert.h"
 #include "native.h"
@@ -22,8 +25,6 @@ constexpr int inset = 4;       // pixels between the edge of a cell and its text
 constexpr int arrowWidth = 15; // of a drop-down arrow
 constexpr int markSize = 6;
 constexpr int headerMarker = 14;
-const QColor cutColor(0xE0, 0x80, 0x00);
-const QColor faultColor(0xD0, 0x20, 0x20);
 
 QFont italicOf(QFont font)
 {
@@ -207,9 +208,8 @@ void RecordPainter::drawValue(const Cell& cell, const QColor& color)
     } else if (!drawPicture(cell)) {
         if (cell.column.displayKind == aCColumn::DropDown)
             rect.setRight(rect.right() - arrowWidth);
-        const bool right = cell.column.autoAlign ? isNumberType(cell.column.dataType)
-                                                 : (cell.column.cellAlign & TextRight) != 0;
-        drawText(rect, faceOf(cell.column), data.CellText(cell.col, maxShownChars), right);
+        drawText(rect, faceOf(cell.column), data.CellText(cell.col, maxShownChars),
+                 standsRight(cell.column));
     }
     if (cell.column.displayKind == aCColumn::DropDown) {
         QStyleOption arrow;
@@ -300,11 +300,7 @@ bool RecordPainter::drawPicture(const Cell& cell)
 
 void RecordPainter::drawCheck(const Cell& cell)
 {
-    double number = 0;
-    const auto bytes = view.m_dataSet->CellBytes(cell.col);
-    const bool known = valueToNumber(cell.column.dataType, bytes, number);
-    const aCString text = known ? aCString() : view.m_dataSet->CellText(cell.col, 8);
-    const bool on = known ? number != 0 : text == L"true" || text == L"1";
+    const bool on = isMarked(*view.m_dataSet, cell.col);
     QStyleOptionButton option;
     option.initFrom(widget);
     option.palette = palette;
@@ -365,9 +361,9 @@ void RecordPainter::drawRowHeader(long row, const QRect& rect)
     section(rect, false);
     const QColor color = palette.color(QPalette::ButtonText);
     const int middle = rect.center().y();
-    const bool faulty = view.m_faults.contains(row) || view.m_dataSet->getRowError(row);
+    const RecordEditor::Mark mark = view.m_editor->mark(row);
     qt->setPen(Qt::NoPen);
-    if (faulty) {
+    if (mark == RecordEditor::Mark::Fault) {
         const QRect disc(rect.left() + 2, middle - 5, 11, 11);
         qt->setBrush(faultColor);
         qt->setRenderHint(QPainter::Antialiasing);
@@ -375,6 +371,8 @@ void RecordPainter::drawRowHeader(long row, const QRect& rect)
         qt->setRenderHint(QPainter::Antialiasing, false);
         qt->fillRect(QRect(disc.center().x(), disc.top() + 2, 1, 5), Qt::white);
         qt->fillRect(QRect(disc.center().x(), disc.top() + 8, 1, 1), Qt::white);
+    } else if (mark == RecordEditor::Mark::Editing) {
+        drawPencil(QPointF(rect.left() + 2, middle + 5), color);
     } else if (row == view.m_selection.row()) {
         const QPoint points[] = {{rect.left() + 4, middle - 4},
                                  {rect.left() + 4, middle + 4},
@@ -384,6 +382,23 @@ void RecordPainter::drawRowHeader(long row, const QRect& rect)
     }
     qt->setPen(color);
     drawText(rect.adjusted(headerMarker, 0, -inset, 0), faces.plain, view.GetRowCaption(row), true);
+}
+
+// Its point at the lower left.
+void RecordPainter::drawPencil(QPointF point, const QColor& color)
+{
+    const QPointF up(6, -6); // along the shaft
+    const QPointF side(1.5, 1.5);
+    const QPointF neck = point + QPointF(2.5, -2.5);
+    const QPointF shaft[] = {neck - side, neck + side, neck + side + up, neck - side + up};
+    const QPointF tip[] = {neck - side, neck + side, point};
+    qt->setRenderHint(QPainter::Antialiasing);
+    qt->setPen(QPen(color, 1));
+    qt->setBrush(Qt::NoBrush);
+    qt->drawPolygon(shaft, 4);
+    qt->setBrush(color);
+    qt->drawPolygon(tip, 3);
+    qt->setRenderHint(QPainter::Antialiasing, false);
 }
 
 void RecordPainter::section(const QRect& rect, bool horizontal)

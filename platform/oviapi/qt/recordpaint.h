@@ -65,6 +65,7 @@ private:
     void drawFault(long row, const QRect& line);
     void drawLines();
     void drawRowHeader(long row, const QRect& rect);
+    void drawPencil(QPointF point, const QColor& color);
     void drawHeader();
     void drawHeaderCell(int col, const QRect& rect);
     void drawEmpty();

@@ -10,6 +10,7 @@
 #include <oviapi/painter.h>
 #include <oviapi/phrases.h>
 #include <oviapi/recordcopy.h>
+#include <oviapi/recordeditor.h>
 
 #include "convert.h"
 #include "native.h"
@@ -26,6 +27,7 @@ std::unique_ptr<Native> aCRecordView::makeNative()
 
 void aCRecordView::nativeGoes()
 {
+    m_editor->nativeGoes();
     m_faces.reset();
     aCApsWnd::nativeGoes();
 }
