@@ -27,7 +27,8 @@ namespace OviAPI {
 
 namespace {
 
-constexpr int frame = 2; // px
+constexpr int frame = 2;     // px
+constexpr int listFrame = 2; // px, of a drop-down list
 
 ScrollNative& nativeOf(const aCRecordView& view)
 {
@@ -39,7 +40,17 @@ class FieldBox : public QWidget {
 public:
     explicit FieldBox(QWidget* parent)
         : QWidget(parent)
+        , m_inside(new QWidget(this))
     {
+    }
+
+    // A style keeps the frame of a drop-down list free even where none is drawn: so much of the
+    // control lies outside and is not seen.
+    void hold(QWidget& control, int outside)
+    {
+        control.setParent(m_inside);
+        m_control = &control;
+        m_outside = outside;
     }
 
     bool faulty = false;
@@ -56,10 +67,16 @@ protected:
     }
     void resizeEvent(QResizeEvent*) override
     {
-        for (QObject* child : children())
-            if (auto* control = qobject_cast<QWidget*>(child))
-                control->setGeometry(rect().adjusted(frame, frame, -frame, -frame));
+        m_inside->setGeometry(rect().adjusted(frame, frame, -frame, -frame));
+        if (m_control)
+            m_control->setGeometry(
+                m_inside->rect().adjusted(-m_outside, -m_outside, m_outside, m_outside));
     }
+
+private:
+    QWidget* m_inside; // owned by this widget, as the control is by it
+    QWidget* m_control = nullptr;
+    int m_outside = 0;
 };
 
 bool staysInWindow(Qt::FocusReason reason)
@@ -104,11 +121,11 @@ CellField::Native::Native(aCRecordView& shown, User& told, const Look& look)
     , scroll(nativeOf(shown))
 {
     if (look.choices.empty()) {
-        line = new QLineEdit(box);
+        line = new QLineEdit;
         line->setFrame(false);
         control = line;
     } else {
-        list = new QComboBox(box);
+        list = new QComboBox;
         list->setFrame(false);
         list->setEditable(true);
         list->setInsertPolicy(QComboBox::NoInsert);
@@ -122,6 +139,7 @@ CellField::Native::Native(aCRecordView& shown, User& told, const Look& look)
     line->setMaxLength(look.mostChars);
     line->setAlignment(Qt::AlignVCenter | Qt::AlignAbsolute |
                        (look.right ? Qt::AlignRight : Qt::AlignLeft));
+    box->hold(*control, list ? listFrame : 0);
     control->setAccessibleName(toQString(look.name));
     line->setAccessibleName(toQString(look.name));
     control->installEventFilter(this);
