@@ -131,12 +131,13 @@ ValueState deliverLong(CursorState& s, size_t column, Value value, int clientTyp
     return deliver(value, clientType, buffer, capacity, stored);
 }
 
-// The state with the answer of a finished asynchronous statement taken over.
-CursorState& idle(const std::shared_ptr<CursorState>& state)
+// The state with the answer of a finished asynchronous statement taken over. Asked for every cell.
+inline CursorState& idle(const std::shared_ptr<CursorState>& state)
 {
+    if (state && state->answerTaken) [[likely]]
+        return *state;
     CursorState& s = created(state);
-    if (!s.answerTaken)
-        takeFinished(s);
+    takeFinished(s);
     return s;
 }
 
