@@ -155,12 +155,13 @@ void throwIfGone(const CursorState& s)
         throw makeError(CodeRowGone, OviAPI::Phrase::DbDetailRow, std::to_string(s.position));
 }
 
-// The state with the answer of a finished asynchronous statement taken over.
-CursorState& idle(const std::shared_ptr<CursorState>& state)
+// The state with the answer of a finished asynchronous statement taken over. Asked for every cell.
+inline CursorState& idle(const std::shared_ptr<CursorState>& state)
 {
+    if (state && state->answerTaken) [[likely]]
+        return *state;
     CursorState& s = created(state);
-    if (!s.answerTaken)
-        takeFinished(s);
+    takeFinished(s);
     return s;
 }
 

@@ -39,7 +39,7 @@ struct CursorState {
     int64_t position = 0; // 0 before the first row, count + 1 behind the last
     Row row = Row::None;  // at the position
     uint64_t reading = 1;
-    std::vector<Found> found; // by column
+    std::vector<Found> found; // one for each column of the answer
     std::unique_ptr<Pending> pending;
 
     void take(Answer&& a);
@@ -52,7 +52,7 @@ struct CursorState {
     // Index of a column, from its number.
     size_t columnAt(int column) const
     {
-        if (column < 1 || static_cast<size_t>(column) > answer.columns.size())
+        if (column < 1 || static_cast<size_t>(column) > found.size())
             throwNoColumn(column);
         return static_cast<size_t>(column) - 1;
     }

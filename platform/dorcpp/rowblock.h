@@ -84,10 +84,12 @@ public:
     }
 
     const Cell& cell(size_t row, size_t column) const { return m_cells[row * m_columns + column]; }
-    // The value without the bytes that lie outside.
-    Value value(size_t row, size_t column) const
+    // The first cell of a row; the others follow.
+    const Cell* row(size_t row) const { return m_cells.data() + row * m_columns; }
+    Value value(size_t row, size_t column) const { return value(cell(row, column)); }
+    // The value of a cell of this block, without the bytes that lie outside.
+    Value value(const Cell& c) const
     {
-        const Cell& c = cell(row, column);
         Value v;
         v.kind = c.kind;
         switch (c.kind) {

@@ -37,7 +37,10 @@ int copyRow(const RowBlock& from, size_t row, RowBlock& to)
 
 bool SpooledRows::seek(int64_t row)
 {
+    standNowhere(); // in case the row cannot be read
     m_row = row;
+    const size_t place = m_rows->load(row);
+    standOn(m_rows->block(), place);
     return true;
 }
 
@@ -75,8 +78,10 @@ bool KeyedRows::use(int64_t row)
 void KeyedRows::setPlace(int place)
 {
     m_place = place;
-    m_block = place >= 0 ? &m_current->rows : nullptr;
-    m_inBlock = static_cast<size_t>(place);
+    if (place >= 0)
+        standOn(m_current->rows, static_cast<size_t>(place));
+    else
+        standNowhere();
 }
 
 bool KeyedRows::findLoaded(int64_t row)
@@ -126,7 +131,7 @@ void KeyedRows::load(int64_t row, Driver& driver)
 
 bool KeyedRows::seek(int64_t row)
 {
-    m_block = nullptr;
+    standNowhere();
     if (!findLoaded(row)) {
         const Session::Use driver(*m_session);
         load(row, *driver);
@@ -136,7 +141,7 @@ bool KeyedRows::seek(int64_t row)
 
 bool KeyedRows::seek(int64_t row, Driver& driver)
 {
-    m_block = nullptr;
+    standNowhere();
     if (!findLoaded(row))
         load(row, driver);
     return use(row);

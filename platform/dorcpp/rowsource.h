@@ -28,7 +28,7 @@ public:
     // A value of that row; its bytes stay valid until the next call.
     Value value(size_t column)
     {
-        return m_block ? m_block->value(m_inBlock, column) : read(column);
+        return m_cells && !m_cells[column].outside ? m_block->value(m_cells[column]) : read(column);
     }
     // A piece of a text or blob of that row.
     virtual size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) = 0;
@@ -39,10 +39,19 @@ public:
     virtual const KeyedText* keyedText() const = 0;
 
 protected:
+    // A value that has no cell, or whose bytes lie outside.
     virtual Value read(size_t column) = 0;
-    // The row sought last, where all its values lie in a block: asked for every cell.
+    // The row sought last lies in this block, which stays as it is until the next seek or modify.
+    void standOn(const RowBlock& block, size_t row)
+    {
+        m_block = &block;
+        m_cells = block.row(row);
+    }
+    void standNowhere() { m_cells = nullptr; }
+
+private:
     const RowBlock* m_block = nullptr;
-    size_t m_inBlock = 0;
+    const RowBlock::Cell* m_cells = nullptr; // of the row sought last; null: none
 };
 
 // Rows copied when the statement was executed.

@@ -67,13 +67,14 @@ void TempFile::read(uint64_t at, void* buffer, size_t size) const
 
 Spool::Spool(size_t columns)
     : m_block(columns)
-    , m_rowsPerBlock(std::clamp<size_t>(2048 / std::max<size_t>(columns, 1), 1, 64))
+    , m_rowsPerBlock(
+          static_cast<int64_t>(std::clamp<size_t>(2048 / std::max<size_t>(columns, 1), 1, 64)))
 {
 }
 
 void Spool::beginRow()
 {
-    if (m_block.rows() == m_rowsPerBlock)
+    if (static_cast<int64_t>(m_block.rows()) == m_rowsPerBlock)
         flush();
     m_block.beginRow();
     ++m_rows;
@@ -100,24 +101,21 @@ void Spool::finish()
 {
     if (!m_places.empty() && m_block.rows() > 0)
         flush();
-    m_loaded = m_places.empty() ? 0 : -1;
+    m_end = m_places.empty() ? m_rows : 0;
 }
 
-size_t Spool::load(int64_t row)
+void Spool::read(int64_t block)
 {
-    const auto perBlock = static_cast<int64_t>(m_rowsPerBlock);
-    const int64_t wanted = row / perBlock;
-    if (wanted != m_loaded) {
-        const Place& place = m_places[static_cast<size_t>(wanted)];
-        const int64_t count = std::min(perBlock, m_rows - wanted * perBlock);
-        m_loaded = -1;
-        m_block.resize(static_cast<size_t>(count) * m_block.columns(), place.heap);
-        const size_t cells = m_block.cellCount() * sizeof(RowBlock::Cell);
-        m_file.read(place.at, m_block.cells(), cells);
-        m_file.read(place.at + cells, m_block.heap(), place.heap);
-        m_loaded = wanted;
-    }
-    return static_cast<size_t>(row % perBlock);
+    const Place& place = m_places[static_cast<size_t>(block)];
+    const int64_t begin = block * m_rowsPerBlock;
+    const int64_t end = std::min(begin + m_rowsPerBlock, m_rows);
+    m_begin = m_end = 0; // holds nothing until all was read
+    m_block.resize(static_cast<size_t>(end - begin) * m_block.columns(), place.heap);
+    const size_t cells = m_block.cellCount() * sizeof(RowBlock::Cell);
+    m_file.read(place.at, m_block.cells(), cells);
+    m_file.read(place.at + cells, m_block.heap(), place.heap);
+    m_begin = begin;
+    m_end = end;
 }
 
 Value Spool::value(int64_t row, size_t column)

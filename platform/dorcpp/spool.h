@@ -54,6 +54,15 @@ public:
 
     size_t columns() const { return m_block.columns(); }
     int64_t rows() const { return m_rows; }
+    // Reads the block of a row, from 0; returns the row's number in it.
+    size_t load(int64_t row)
+    {
+        if (row < m_begin || row >= m_end)
+            read(row / m_rowsPerBlock);
+        return static_cast<size_t>(row - m_begin);
+    }
+    // The block that was loaded last.
+    const RowBlock& block() const { return m_block; }
     // row and column from 0. The bytes stay valid until the next call.
     Value value(int64_t row, size_t column);
     // Reads a piece of a text or blob; returns the bytes read, fewer only at its end.
@@ -65,16 +74,16 @@ private:
         uint64_t heap;
     };
     void flush();
-    // The place of a row in m_block, after reading its block.
-    size_t load(int64_t row);
+    void read(int64_t block);
 
     static constexpr size_t maxInside = 2048; // bytes of a value kept in its block
 
     RowBlock m_block;
-    size_t m_rowsPerBlock;
+    int64_t m_rowsPerBlock;
     std::vector<Place> m_places;
     int64_t m_rows = 0;
-    int64_t m_loaded = 0; // number of the block in m_block
+    int64_t m_begin = 0; // the rows in m_block, once there are no more to add
+    int64_t m_end = 0;
     TempFile m_file;
     std::vector<char> m_outside; // the head of the latest value that lay outside
 };

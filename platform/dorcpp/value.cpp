@@ -17,16 +17,22 @@ namespace {
 
 constexpr int textLength = 4000; // a text without a declared length: 1,000 characters
 
+// Whether the eight bytes are ASCII and none is zero.
+bool isPlainWord(const char* bytes)
+{
+    uint64_t word;
+    std::memcpy(&word, bytes, sizeof word);
+    return (((word - 0x0101010101010101U) | word) & 0x8080808080808080U) == 0;
+}
+
 // Leading bytes that are ASCII and not zero.
 size_t plainPrefix(std::string_view text)
 {
     size_t i = 0;
-    for (; i + 8 <= text.size(); i += 8) {
-        uint64_t word;
-        std::memcpy(&word, text.data() + i, sizeof word);
-        if (((word - 0x0101010101010101U) | word) & 0x8080808080808080U)
-            break;
-    }
+    while (i + 8 <= text.size() && isPlainWord(text.data() + i))
+        i += 8;
+    if (text.size() >= 8 && i + 8 > text.size() && isPlainWord(text.data() + text.size() - 8))
+        return text.size();
     while (i < text.size() && text[i] > 0)
         ++i;
     return i;
@@ -272,80 +278,80 @@ ValueState decimalForm(const Value& value, char* buffer, size_t capacity, size_t
     return ValueState::Exact;
 }
 
-template<class T>
-void put(char* buffer, T value)
-{
-    std::memcpy(buffer, &value, sizeof value);
-}
+// The numbers of the binary forms; a Mismatch leaves the number as it was.
 
 template<class T>
-ValueState putInteger(const Value& value, char* buffer)
+ValueState integerForm(const Value& value, T& number)
 {
-    int64_t number = 0;
-    const ValueState state = toInteger(value, number);
-    if (state != ValueState::Exact || number != static_cast<T>(number))
+    int64_t wide = 0;
+    const ValueState state = toInteger(value, wide);
+    if (state != ValueState::Exact || wide != static_cast<T>(wide))
         return ValueState::Mismatch;
-    put(buffer, static_cast<T>(number));
+    number = static_cast<T>(wide);
     return state;
 }
 
-ValueState putReal(const Value& value, char* buffer)
+ValueState floatForm(const Value& value, float& number)
 {
-    double number = 0;
-    const ValueState state = toReal(value, number);
+    double wide = 0;
+    const ValueState state = toReal(value, wide);
+    if (state != ValueState::Exact || (std::isfinite(wide) && std::abs(wide) > 3.4028234e38))
+        return ValueState::Mismatch;
+    number = static_cast<float>(wide);
+    return static_cast<double>(number) == wide ? ValueState::Exact : ValueState::Cut;
+}
+
+ValueState realForm(const Value& value, double& number)
+{
+    double real = 0;
+    const ValueState state = toReal(value, real);
     if (state == ValueState::Exact)
-        put(buffer, number);
+        number = real;
     return state;
 }
 
-ValueState putFloat(const Value& value, char* buffer)
+ValueState dateForm(const Value& value, int64_t& micros)
 {
-    double number = 0;
-    const ValueState state = toReal(value, number);
-    if (state != ValueState::Exact || (std::isfinite(number) && std::abs(number) > 3.4028234e38))
-        return ValueState::Mismatch;
-    const auto rounded = static_cast<float>(number);
-    put(buffer, rounded);
-    return static_cast<double>(rounded) == number ? ValueState::Exact : ValueState::Cut;
-}
-
-ValueState putDate(const Value& value, char* buffer)
-{
-    int64_t micros = 0;
     if (value.kind != Value::Text || value.held < value.length)
         return ValueState::Mismatch;
-    const ValueState state = dateFromText(value.bytes(), micros);
+    int64_t date = 0;
+    const ValueState state = dateFromText(value.bytes(), date);
     if (state != ValueState::Mismatch)
-        put(buffer, micros);
+        micros = date;
     return state;
 }
 
-ValueState putBoolean(const Value& value, char* buffer)
+ValueState booleanForm(const Value& value, char& number)
 {
     if (value.kind != Value::Integer || value.integer < 0 || value.integer > 1)
         return ValueState::Mismatch;
-    buffer[0] = static_cast<char>(value.integer);
+    number = static_cast<char>(value.integer);
     return ValueState::Exact;
 }
 
-ValueState fixedForm(const Value& value, int type, char* buffer)
+[[noreturn]] void throwSmallBuffer()
 {
-    switch (type) {
-    case TypeSmallint:
-        return putInteger<int16_t>(value, buffer);
-    case TypeInteger:
-        return putInteger<int32_t>(value, buffer);
-    case TypeBigint:
-        return putInteger<int64_t>(value, buffer);
-    case TypeReal:
-        return putFloat(value, buffer);
-    case TypeDouble:
-        return putReal(value, buffer);
-    case TypeDate:
-        return putDate(value, buffer);
-    default:
-        return putBoolean(value, buffer);
-    }
+    throw makeError(CodeBadCall, "the buffer is too small for the value");
+}
+
+[[noreturn]] void throwUnknownType(int clientType)
+{
+    throw makeError(CodeBadCall, "client type " + std::to_string(clientType));
+}
+
+// Writes a binary form, and zeros behind it and for what has none.
+template<class T, ValueState (*form)(const Value&, T&)>
+ValueState fixedForm(const Value& value, char* buffer, size_t capacity, size_t& length)
+{
+    if (capacity < sizeof(T))
+        throwSmallBuffer();
+    T number = 0;
+    const ValueState state = value.kind == Value::Null ? ValueState::Null : form(value, number);
+    std::memcpy(buffer, &number, sizeof number);
+    if (capacity > sizeof number)
+        std::memset(buffer + sizeof number, 0, capacity - sizeof number);
+    length = sizeof number;
+    return state;
 }
 
 // Reads fixed-width numbers and separators of a text, in order.
@@ -355,15 +361,17 @@ public:
         : m_text(text)
     {
     }
-    bool number(size_t width, int& value)
+    template<size_t width>
+    bool number(int& value)
     {
         if (m_text.size() < width)
             return false;
         value = 0;
         for (size_t i = 0; i < width; ++i) {
-            if (m_text[i] < '0' || m_text[i] > '9')
+            const int digit = m_text[i] - '0';
+            if (digit < 0 || digit > 9)
                 return false;
-            value = value * 10 + (m_text[i] - '0');
+            value = value * 10 + digit;
         }
         m_text.remove_prefix(width);
         return true;
@@ -402,34 +410,10 @@ private:
 
 } // namespace
 
-size_t fixedSize(int clientType)
-{
-    switch (clientType) {
-    case TypeSmallint:
-        return 2;
-    case TypeInteger:
-    case TypeReal:
-        return 4;
-    case TypeBigint:
-    case TypeDouble:
-    case TypeDate:
-        return 8;
-    case TypeBoolean:
-        return 1;
-    default:
-        return 0;
-    }
-}
-
 ValueState deliver(const Value& value, int clientType, void* buffer, size_t capacity,
                    size_t& length)
 {
     char* to = static_cast<char*>(buffer);
-    if (value.kind == Value::Integer && clientType == TypeBigint && capacity == sizeof(int64_t)) {
-        put(to, value.integer); // the most frequent form
-        length = sizeof(int64_t);
-        return ValueState::Exact;
-    }
     switch (clientType) {
     case TypeChar:
     case TypeVarchar:
@@ -447,25 +431,23 @@ ValueState deliver(const Value& value, int clientType, void* buffer, size_t capa
         const ValueState state = decimalForm(value, to, capacity, length);
         return value.kind == Value::Null ? ValueState::Null : state;
     }
+    case TypeSmallint:
+        return fixedForm<int16_t, integerForm>(value, to, capacity, length);
+    case TypeInteger:
+        return fixedForm<int32_t, integerForm>(value, to, capacity, length);
+    case TypeBigint:
+        return fixedForm<int64_t, integerForm>(value, to, capacity, length);
+    case TypeReal:
+        return fixedForm<float, floatForm>(value, to, capacity, length);
+    case TypeDouble:
+        return fixedForm<double, realForm>(value, to, capacity, length);
+    case TypeDate:
+        return fixedForm<int64_t, dateForm>(value, to, capacity, length);
+    case TypeBoolean:
+        return fixedForm<char, booleanForm>(value, to, capacity, length);
     default:
-        break;
+        throwUnknownType(clientType);
     }
-    const size_t size = fixedSize(clientType);
-    if (size == 0)
-        throw makeError(CodeBadCall, "client type " + std::to_string(clientType));
-    if (capacity < size)
-        throw makeError(CodeBadCall, "the buffer is too small for the value");
-    length = size;
-    if (capacity > size)
-        std::memset(to + size, 0, capacity - size);
-    if (value.kind == Value::Null) {
-        std::memset(to, 0, size);
-        return ValueState::Null;
-    }
-    const ValueState state = fixedForm(value, clientType, to);
-    if (state == ValueState::Mismatch)
-        std::memset(to, 0, size);
-    return state;
 }
 
 void typeFromValue(ColumnInfo& column, const Value& value)
@@ -512,16 +494,16 @@ ValueState dateFromText(std::string_view text, int64_t& micros)
     OviAPI::DateTimeParts parts;
     int year = 0;
     bool more = false;
-    if (!in.number(4, year) || !in.sign('-') || !in.number(2, parts.month) || !in.sign('-') ||
-        !in.number(2, parts.day))
+    if (!in.number<4>(year) || !in.sign('-') || !in.number<2>(parts.month) || !in.sign('-') ||
+        !in.number<2>(parts.day))
         return ValueState::Mismatch;
     parts.year = year;
     if (!in.atEnd()) {
-        if ((!in.sign(' ') && !in.sign('T')) || !in.number(2, parts.hour) || !in.sign(':') ||
-            !in.number(2, parts.minute))
+        if ((!in.sign(' ') && !in.sign('T')) || !in.number<2>(parts.hour) || !in.sign(':') ||
+            !in.number<2>(parts.minute))
             return ValueState::Mismatch;
         if (in.sign(':')) {
-            if (!in.number(2, parts.second))
+            if (!in.number<2>(parts.second))
                 return ValueState::Mismatch;
             if (in.sign('.') && !in.fraction(parts.micros, more))
                 return ValueState::Mismatch;

@@ -16,9 +16,6 @@ namespace DorCPP {
 ValueState deliver(const Value& value, int clientType, void* buffer, size_t capacity,
                    size_t& length);
 
-// The bytes of the binary form of a client type; 0 where it has no fixed size.
-size_t fixedSize(int clientType);
-
 // Gives a column without a declared type the type of its first value.
 void typeFromValue(ColumnInfo& column, const Value& value);
 

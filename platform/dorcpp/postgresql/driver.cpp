@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <set>
 
 #include <dorcpp/errors.h>
@@ -79,13 +80,29 @@ bool holdsSeveral(const SqlText& text)
     return false;
 }
 
-template<class Target>
-void addRow(const PGresult* result, int columns, Target& target)
-{
-    std::string own;
-    for (int i = 0; i < columns; ++i)
-        addValue(valueAt(result, 0, i, own), target);
-}
+// Copies the rows of a statement, which come one by one, into the result.
+class RowTaker {
+public:
+    explicit RowTaker(StatementResult& result)
+        : m_result(result)
+    {
+    }
+    void operator()(const PGresult* row)
+    {
+        if (!m_fields) {
+            m_fields.emplace(row);
+            m_result.rows = std::make_unique<Spool>(static_cast<size_t>(m_fields->columns()));
+        }
+        m_result.rows->beginRow();
+        for (int i = 0; i < m_fields->columns(); ++i)
+            addValue(m_fields->value(row, 0, i, m_own), *m_result.rows);
+    }
+
+private:
+    StatementResult& m_result;
+    std::optional<Fields> m_fields; // of the first row
+    std::string m_own;
+};
 
 } // namespace
 
@@ -229,12 +246,7 @@ Result PostgresqlDriver::runAny(const SqlText& text, const std::string& sql,
         const ServerText server(sql);
         if (server.parameters() == 0) {
             m_link->send(server.text(), Values(), false);
-            return m_link->takeRows([&](const PGresult* row) {
-                if (!result.rows)
-                    result.rows = std::make_unique<Spool>(static_cast<size_t>(PQnfields(row)));
-                result.rows->beginRow();
-                addRow(row, PQnfields(row), *result.rows);
-            });
+            return m_link->takeRows(RowTaker(result));
         }
     }
     // What is repeated must have been undone as a whole: a procedure may have committed.
@@ -254,14 +266,8 @@ Result PostgresqlDriver::runKept(const std::string& sql, const Parameters& param
                                  StatementResult& result)
 {
     const Prepared& statement = kept(sql);
-    const int columns = static_cast<int>(statement.columns.size());
-    if (columns > 0)
-        result.rows = std::make_unique<Spool>(statement.columns.size());
     m_link->sendPrepared(statement.name, statement.values(parameters), statement.binary);
-    return m_link->takeRows([&](const PGresult* row) {
-        result.rows->beginRow();
-        addRow(row, columns, *result.rows);
-    });
+    return m_link->takeRows(RowTaker(result));
 }
 
 void PostgresqlDriver::noteEnd(const SqlText& text, const PGresult* end, StatementResult& result)

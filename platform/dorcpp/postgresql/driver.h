@@ -62,6 +62,7 @@ private:
         std::string sql;
         Values values;
         bool range = false;        // by the first and last key, else by each
+        int place = 0;             // the answer's column with the key, or the place among the keys
         std::vector<int> lengthOf; // by column: where the length of a long value stands, 0: nowhere
     };
     // A question sent before its answer was wanted.

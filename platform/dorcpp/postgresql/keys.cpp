@@ -2,6 +2,7 @@
 #include <dorcpp/postgresql/keys.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -82,6 +83,8 @@ private:
     std::string_view m_bytes;
 };
 
+constexpr const char* rowPlace = ", \"rows\".\"row place\""; // of the inner SELECT
+
 constexpr std::string_view copySignature{"PGCOPY\n\377\r\n\0", 11};
 
 bool isClose(const RowKeys& keys, size_t first, size_t count)
@@ -116,7 +119,7 @@ void checkColumns(const std::vector<DescribedColumn>& columns, const KeyedText& 
 bool isAsDescribed(const PGresult* result, const KeyedText& text, const std::vector<int>& lengthOf)
 {
     const int count = static_cast<int>(text.columns.size());
-    bool same = PQnfields(result) > count;
+    bool same = PQnfields(result) >= count;
     for (int i = 0; same && i < count; ++i) {
         const ColumnInfo& column = text.columns[static_cast<size_t>(i)];
         const bool whole = lengthOf[static_cast<size_t>(i)] == 0;
@@ -134,19 +137,28 @@ bool areNamed(const std::vector<DescribedColumn>& columns)
                        [&](const DescribedColumn& c) { return labels.insert(c.label).second; });
 }
 
-// The columns of a block in the outer SELECT. Of long values only the head is read, and the length.
-std::string outerList(const std::vector<DescribedColumn>& columns, const KeyedText& text,
-                      bool range, std::vector<int>& lengthOf)
+// The column of the answer, from 0, that is the one key column; -1 when there is none.
+int keyColumn(const KeyedText& text)
 {
-    const std::string place = range ? ", \"rows\".\"row place\"" : ", \"row keys\".place";
+    const auto at =
+        std::find_if(text.columns.begin(), text.columns.end(), [&](const ColumnInfo& column) {
+            return !column.table.empty() && quoteName(column.column) == text.key.columns[0];
+        });
+    return at == text.columns.end() ? -1 : static_cast<int>(at - text.columns.begin());
+}
+
+// The columns of a block in the outer SELECT: the row's, its version, its place where one is asked
+// for, and of long values, of which only the head is read, the lengths, from column next on.
+std::string outerList(const std::vector<DescribedColumn>& columns, const KeyedText& text,
+                      const std::string& place, int next, std::vector<int>& lengthOf)
+{
     const auto isLong = [](const DescribedColumn& c) { return isUnbounded(c.type, c.modifier); };
     lengthOf.assign(columns.size(), 0);
     if (std::none_of(columns.begin(), columns.end(), isLong) || !areNamed(columns))
-        return "\"rows\".*" + (range ? "" : place);
+        return "\"rows\".*" + (place == rowPlace ? "" : place);
     const std::string limit = std::to_string(RowBlock::maxHeld);
     std::string list;
     std::string lengths;
-    int next = static_cast<int>(columns.size()) + (text.key.version.empty() ? 1 : 2);
     for (size_t i = 0; i < columns.size(); ++i) {
         const std::string name = quoteName(columns[i].label);
         std::string value = "\"rows\"." + name;
@@ -263,20 +275,34 @@ PostgresqlDriver::Question PostgresqlDriver::question(const KeyedText& text, Row
     checkColumns(columns, text);
     Question q;
     q.range = isClose(keys, first, count);
-    const std::string outer = outerList(columns, text, q.range, q.lengthOf);
+    q.place = q.range ? keyColumn(text) : -1;
+    int next = static_cast<int>(columns.size()) + (text.key.version.empty() ? 0 : 1);
+    std::string place;
+    if (q.place < 0) {
+        q.place = next++;
+        place = q.range ? rowPlace : ", \"row keys\".place";
+    }
+    const std::string outer = outerList(columns, text, place, next, q.lengthOf);
     const std::string alias = text.alias + '.';
     std::string inner = "SELECT " + text.list;
     if (!text.key.version.empty())
         inner += ", " + alias + text.key.version + " AS \"row version\"";
     if (q.range) {
         const std::string key = alias + text.key.columns[0];
-        inner += ", " + key + " AS \"row place\" FROM " + text.from + " WHERE " + key +
-                 " BETWEEN $1 AND $2";
-        q.sql =
-            "SELECT " + outer + " FROM (" + inner + ") AS \"rows\" ORDER BY \"rows\".\"row place\"";
+        if (!place.empty())
+            inner += ", " + key + " AS \"row place\"";
+        inner += " FROM " + text.from + " WHERE " + key + " BETWEEN $1 AND $2";
+        const int64_t low = keys.packed(first);
+        const int64_t high = keys.packed(first + count - 1);
+        // There are no more rows in the range. Said so, the server makes one plan for all ranges;
+        // else it fears for many rows and plans each anew.
+        const auto most =
+            std::bit_ceil(static_cast<uint64_t>(high) - static_cast<uint64_t>(low) + 1);
+        q.sql = "SELECT " + outer + " FROM (" + inner + ") AS \"rows\" ORDER BY " +
+                std::to_string(q.place + 1) + " LIMIT " + std::to_string(most);
         q.values = Values(2);
-        q.values.set(1, numberText(keys.packed(first)));
-        q.values.set(2, numberText(keys.packed(first + count - 1)));
+        q.values.set(1, numberText(low));
+        q.values.set(2, numberText(high));
         return q;
     }
     std::string arrays;
@@ -318,12 +344,14 @@ void PostgresqlDriver::readBlock(const KeyedText& text, RowKeys& keys, size_t fi
         m_cache.clear(true);
         throw makeError(CodeStructureChanged);
     }
-    const int columns = static_cast<int>(text.columns.size());
-    const int own = columns + (text.key.version.empty() ? 0 : 1);
+    const Fields fields(result.get());
+    std::vector<int> lengthOf = q.lengthOf;
+    lengthOf.resize(block.columns()); // the version has none
+    const int own = static_cast<int>(block.columns());
     std::string scratch;
     size_t i = 0;
     for (int r = 0; r < PQntuples(result.get()); ++r) {
-        const int64_t place = valueAt(result.get(), r, own, scratch).integer;
+        const int64_t place = fields.value(result.get(), r, q.place, scratch).integer;
         if (q.range) {
             while (i < places.size() && keys.packed(first + i) < place)
                 ++i;
@@ -337,11 +365,12 @@ void PostgresqlDriver::readBlock(const KeyedText& text, RowKeys& keys, size_t fi
         places[i] = static_cast<int>(block.rows());
         block.beginRow();
         for (int c = 0; c < own; ++c) {
-            Value value = valueAt(result.get(), r, c, scratch);
-            std::string none;
-            if (const int at = c < columns ? q.lengthOf[static_cast<size_t>(c)] : 0;
-                at != 0 && !PQgetisnull(result.get(), r, at))
+            Value value = fields.value(result.get(), r, c, scratch);
+            const int at = lengthOf[static_cast<size_t>(c)];
+            if (at != 0 && !PQgetisnull(result.get(), r, at)) {
+                std::string none;
                 value.length = static_cast<size_t>(valueAt(result.get(), r, at, none).integer);
+            }
             addValue(value, block);
         }
     }

@@ -73,17 +73,33 @@ int numberIn(std::string_view digits)
 
 } // namespace
 
-Field fieldOf(const PGresult* result, int row, int column)
-{
-    return {PQftype(result, column), PQfformat(result, column) == 1,
-            PQgetvalue(result, row, column), static_cast<size_t>(PQgetlength(result, row, column))};
-}
-
 Value valueAt(const PGresult* result, int row, int column, std::string& own)
 {
     if (PQgetisnull(result, row, column))
         return {};
-    return valueOf(fieldOf(result, row, column), own);
+    return valueOf({PQftype(result, column), PQfformat(result, column) == 1,
+                    PQgetvalue(result, row, column),
+                    static_cast<size_t>(PQgetlength(result, row, column))},
+                   own);
+}
+
+Fields::Fields(const PGresult* result)
+{
+    const int columns = PQnfields(result);
+    m_forms.reserve(static_cast<size_t>(columns));
+    for (int i = 0; i < columns; ++i)
+        m_forms.push_back({PQftype(result, i), PQfformat(result, i) == 1});
+}
+
+Value Fields::value(const PGresult* result, int row, int column, std::string& own) const
+{
+    const int length = PQgetlength(result, row, column);
+    if (length == 0 && PQgetisnull(result, row, column))
+        return {};
+    const Form& form = m_forms[static_cast<size_t>(column)];
+    return valueOf(
+        {form.type, form.binary, PQgetvalue(result, row, column), static_cast<size_t>(length)},
+        own);
 }
 
 std::string textAt(const PGresult* result, int row, int column)

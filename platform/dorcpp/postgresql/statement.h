@@ -23,10 +23,23 @@ struct Clear {
 };
 using Result = std::unique_ptr<PGresult, Clear>;
 
-// A field of a result; PQgetisnull was asked before.
-Field fieldOf(const PGresult* result, int row, int column);
 // The value of a field, null included. own: where its bytes may lie.
 Value valueAt(const PGresult* result, int row, int column, std::string& own);
+// The fields of rows that have the same columns. What those of a column share is looked up once.
+class Fields {
+public:
+    explicit Fields(const PGresult* result);
+    int columns() const { return static_cast<int>(m_forms.size()); }
+    // See valueAt. result: may be another with these columns.
+    Value value(const PGresult* result, int row, int column, std::string& own) const;
+
+private:
+    struct Form {
+        Oid type;
+        bool binary;
+    };
+    std::vector<Form> m_forms;
+};
 // Text of a field that is known to be short; empty for null.
 std::string textAt(const PGresult* result, int row, int column);
 
@@ -152,7 +165,8 @@ private:
     void lookAtStop();
     void giveUp();
     Result next();
-    // Takes what is left of the statement, whatever it is; and after a good result, throws its error.
+    // Takes what is left of the statement, whatever it is; and after a good result, throws its
+    // error.
     void drain();
     void finish();
     // Stops the statement and takes what is left of it.

@@ -10,6 +10,8 @@
 #include <limits>
 #include <string_view>
 
+#include <endian.h>
+
 #include <dorcpp/types.h>
 
 namespace DorCPP::Postgresql {
@@ -42,12 +44,14 @@ ColumnType numericType(int modifier)
 template<class T>
 T bigEndian(const char* data)
 {
-    std::array<unsigned char, sizeof(T)> bytes;
-    std::memcpy(bytes.data(), data, sizeof(T));
-    T value = 0;
-    for (const unsigned char byte : bytes)
-        value = static_cast<T>(static_cast<uint64_t>(value) << 8 | byte);
-    return value;
+    T value;
+    std::memcpy(&value, data, sizeof value);
+    if constexpr (sizeof value == 2)
+        return static_cast<T>(be16toh(static_cast<uint16_t>(value)));
+    else if constexpr (sizeof value == 4)
+        return static_cast<T>(be32toh(static_cast<uint32_t>(value)));
+    else
+        return static_cast<T>(be64toh(static_cast<uint64_t>(value)));
 }
 
 Value integerValue(int64_t integer)
@@ -84,8 +88,35 @@ void appendPadded(std::string& out, int64_t number, size_t width)
     out.append(digits.data(), count);
 }
 
-// Appends the date; true for a year before the first, whose text ends in " BC".
-bool appendDate(std::string& out, int64_t daysSince1970)
+// The text of a date or time while it is made.
+class DateText {
+public:
+    // A number that is not negative, with leading zeros.
+    void number(int64_t value, int width)
+    {
+        for (int i = width; i-- > 0; value /= 10)
+            m_text[m_length + static_cast<size_t>(i)] = static_cast<char>('0' + value % 10);
+        m_length += static_cast<size_t>(width);
+    }
+    void text(std::string_view piece)
+    {
+        std::copy(piece.begin(), piece.end(), m_text.begin() + static_cast<ptrdiff_t>(m_length));
+        m_length += piece.size();
+    }
+    void dropZeros()
+    {
+        while (m_text[m_length - 1] == '0')
+            --m_length;
+    }
+    std::string_view get() const { return {m_text.data(), m_length}; }
+
+private:
+    std::array<char, 64> m_text; // the longest has 32
+    size_t m_length = 0;
+};
+
+// Adds the date; true for a year before the first, whose text ends in " BC".
+bool addDate(DateText& out, int64_t daysSince1970)
 {
     // Civil date of a day number, counted in eras of 400 years that begin in March.
     const int64_t z = daysSince1970 + 719468;
@@ -97,44 +128,48 @@ bool appendDate(std::string& out, int64_t daysSince1970)
     const int64_t shifted = (5 * dayOfYear + 2) / 153;
     const int64_t month = shifted < 10 ? shifted + 3 : shifted - 9;
     const int64_t year = yearOfEra + era * 400 + (month <= 2 ? 1 : 0);
-    appendPadded(out, year > 0 ? year : 1 - year, 4);
-    out += '-';
-    appendPadded(out, month, 2);
-    out += '-';
-    appendPadded(out, dayOfYear - (153 * shifted + 2) / 5 + 1, 2);
+    const int64_t shown = year > 0 ? year : 1 - year;
+    int width = 4;
+    for (int64_t limit = 10'000; shown >= limit; limit *= 10)
+        ++width;
+    out.number(shown, width);
+    out.text("-");
+    out.number(month, 2);
+    out.text("-");
+    out.number(dayOfYear - (153 * shifted + 2) / 5 + 1, 2);
     return year <= 0;
 }
 
-void appendTime(std::string& out, int64_t micros)
+void addTime(DateText& out, int64_t micros)
 {
     const int64_t seconds = micros / 1'000'000;
-    appendPadded(out, seconds / 3600, 2);
-    out += ':';
-    appendPadded(out, seconds / 60 % 60, 2);
-    out += ':';
-    appendPadded(out, seconds % 60, 2);
+    out.number(seconds / 3600, 2);
+    out.text(":");
+    out.number(seconds / 60 % 60, 2);
+    out.text(":");
+    out.number(seconds % 60, 2);
     if (const int64_t fraction = micros % 1'000'000) {
-        out += '.';
-        appendPadded(out, fraction, 6);
-        out.erase(out.find_last_not_of('0') + 1);
+        out.text(".");
+        out.number(fraction, 6);
+        out.dropZeros();
     }
 }
 
 template<class T>
-bool appendInfinity(std::string& out, T number)
+bool addInfinity(DateText& out, T number)
 {
     if (number == std::numeric_limits<T>::max())
-        out += "infinity";
+        out.text("infinity");
     else if (number == std::numeric_limits<T>::min())
-        out += "-infinity";
+        out.text("-infinity");
     else
         return false;
     return true;
 }
 
-void appendTimestamp(std::string& out, int64_t micros)
+void addTimestamp(DateText& out, int64_t micros)
 {
-    if (appendInfinity(out, micros))
+    if (addInfinity(out, micros))
         return;
     int64_t days = micros / dayMicros;
     int64_t time = micros % dayMicros;
@@ -142,17 +177,31 @@ void appendTimestamp(std::string& out, int64_t micros)
         time += dayMicros;
         --days;
     }
-    const bool early = appendDate(out, days + daysTo2000);
-    out += ' ';
-    appendTime(out, time);
+    const bool early = addDate(out, days + daysTo2000);
+    out.text(" ");
+    addTime(out, time);
     if (early)
-        out += " BC";
+        out.text(" BC");
 }
 
-void appendDay(std::string& out, int32_t days)
+void addDay(DateText& out, int32_t days)
 {
-    if (!appendInfinity(out, days) && appendDate(out, days + daysTo2000))
-        out += " BC";
+    if (!addInfinity(out, days) && addDate(out, days + daysTo2000))
+        out.text(" BC");
+}
+
+// The text of a date or time in its binary form, in own.
+Value dateValue(const Field& f, std::string& own)
+{
+    DateText text;
+    if (f.type == DateType)
+        addDay(text, bigEndian<int32_t>(f.data));
+    else if (f.type == TimeType)
+        addTime(text, bigEndian<int64_t>(f.data));
+    else
+        addTimestamp(text, bigEndian<int64_t>(f.data));
+    own = text.get();
+    return bytesValue(Value::Text, own);
 }
 
 // Digits in groups of four, as the server sends them.
@@ -246,8 +295,11 @@ size_t binarySize(Oid type)
     }
 }
 
-Value numberFromBinary(const Field& f)
+Value valueFromBinary(const Field& f, std::string& own)
 {
+    const size_t size = binarySize(f.type);
+    if (size != 0 && size != f.length)
+        return bytesValue(Value::Blob, {f.data, f.length}); // no form that this driver knows
     switch (f.type) {
     case BoolType:
         return integerValue(f.data[0] != 0);
@@ -264,49 +316,31 @@ Value numberFromBinary(const Field& f)
         return realValue(static_cast<double>(std::bit_cast<float>(bigEndian<uint32_t>(f.data))));
     case Float8Type:
         return realValue(std::bit_cast<double>(bigEndian<uint64_t>(f.data)));
-    default:
-        return {};
-    }
-}
-
-Value valueFromBinary(const Field& f, std::string& own)
-{
-    const size_t size = binarySize(f.type);
-    if (size != 0 && size != f.length)
-        return bytesValue(Value::Blob, {f.data, f.length}); // no form that this driver knows
-    own.clear();
-    switch (f.type) {
     case ByteaType:
         return bytesValue(Value::Blob, {f.data, f.length});
     case DateType:
-        appendDay(own, bigEndian<int32_t>(f.data));
-        break;
-    case TimestampType:
-        appendTimestamp(own, bigEndian<int64_t>(f.data));
-        break;
     case TimeType:
-        appendTime(own, bigEndian<int64_t>(f.data));
-        break;
+    case TimestampType:
+        return dateValue(f, own);
     case UuidType:
+        own.clear();
         appendUuid(own, f.data);
-        break;
+        return bytesValue(Value::Text, own);
     case TidType:
         own = '(' + std::to_string(bigEndian<uint32_t>(f.data)) + ',' +
               std::to_string(bigEndian<uint16_t>(f.data + 4)) + ')';
-        break;
+        return bytesValue(Value::Text, own);
     case NumericType:
+        own.clear();
         if (!appendNumeric(own, f.data, f.length))
             return bytesValue(Value::Blob, {f.data, f.length});
-        break;
+        return bytesValue(Value::Text, own);
     case JsonbType: // a version in front
         return bytesValue(Value::Text,
                           {f.data + (f.length ? 1 : 0), f.length - (f.length ? 1 : 0)});
     default:
-        if (size != 0)
-            return numberFromBinary(f);
         return bytesValue(Value::Text, {f.data, f.length});
     }
-    return bytesValue(Value::Text, own);
 }
 
 int digitOf(char c)

@@ -74,6 +74,21 @@ std::string rangeText(const KeyedText& text)
            " BETWEEN ?1 AND ?2 ORDER BY " + key;
 }
 
+// The keys of a block that one range of keys reads without many rows between; else nothing.
+std::vector<int64_t> closeKeys(const RowKeys& keys, size_t first, size_t count)
+{
+    if (!keys.isPacked())
+        return {};
+    std::vector<int64_t> close(count);
+    for (size_t i = 0; i < count; ++i)
+        close[i] = keys.packed(first + i);
+    const auto falls = [](int64_t a, int64_t b) { return a >= b; };
+    const bool rises = std::adjacent_find(close.begin(), close.end(), falls) == close.end();
+    const uint64_t distance =
+        static_cast<uint64_t>(close.back()) - static_cast<uint64_t>(close.front());
+    return rises && distance < 4 * count ? close : std::vector<int64_t>();
+}
+
 } // namespace
 
 // Keeps one state of the database over several statements, unless a transaction does so already.
@@ -256,7 +271,7 @@ void SqliteDriver::readKeys(const std::string& sql, const Parameters& parameters
     const int first = sqlite3_column_count(statement.get()) - count;
     if (auto* list = keys.list()) {
         while (use.step())
-            list->add(sqlite3_column_int64(statement.get(), first));
+            list->add(sqlite3_value_int64(sqlite3_column_value(statement.get(), first)));
         return;
     }
     Spool& spool = keys.spool();
@@ -272,16 +287,10 @@ void SqliteDriver::readRows(const KeyedText& text, RowKeys& keys, size_t first, 
 {
     const size_t columns = std::max<size_t>(text.columns.size(), 1);
     places.resize(std::min(places.size(), std::max<size_t>(maxBlockCells / columns, 1)));
-    const ReadTransaction one(*this);
     while (true) {
-        bool close = keys.isPacked();
-        for (size_t i = 1; close && i < places.size(); ++i)
-            close = keys.packed(first + i) > keys.packed(first + i - 1);
-        close = close && static_cast<uint64_t>(keys.packed(first + places.size() - 1)) -
-                                 static_cast<uint64_t>(keys.packed(first)) <
-                             4 * places.size();
-        if (close)
-            readRange(text, keys, first, block, places);
+        const std::vector<int64_t> close = closeKeys(keys, first, places.size());
+        if (!close.empty())
+            readRange(text, close, block, places);
         else
             readSingly(text, keys, first, block, places);
         if (block.heapBytes() <= maxBlockHeap || places.size() == 1)
@@ -291,22 +300,22 @@ void SqliteDriver::readRows(const KeyedText& text, RowKeys& keys, size_t first, 
     }
 }
 
-void SqliteDriver::readRange(const KeyedText& text, const RowKeys& keys, size_t first,
+void SqliteDriver::readRange(const KeyedText& text, const std::vector<int64_t>& keys,
                              RowBlock& block, std::vector<int>& places)
 {
     const int columns = static_cast<int>(text.columns.size());
     Use use(m_db.get(), m_cache.get(rangeText(text)));
-    use.bind(1, keys.packed(first));
-    use.bind(2, keys.packed(first + places.size() - 1));
+    use.bind(1, keys.front());
+    use.bind(2, keys.back());
     for (size_t i = 0; use.step();) {
         if (block.rows() == 0)
             checkColumns(use.get(), text, 1);
         const int64_t key = sqlite3_value_int64(sqlite3_column_value(use.get(), columns));
-        while (i < places.size() && keys.packed(first + i) < key)
+        while (i < keys.size() && keys[i] < key)
             ++i;
-        if (i == places.size() || block.heapBytes() > maxBlockHeap)
+        if (i == keys.size() || block.heapBytes() > maxBlockHeap)
             break;
-        if (keys.packed(first + i) != key)
+        if (keys[i] != key)
             continue;
         places[i] = static_cast<int>(block.rows());
         block.beginRow();
@@ -327,6 +336,7 @@ void SqliteDriver::readSingly(const KeyedText& text, RowKeys& keys, size_t first
     }
     const int columns = static_cast<int>(text.columns.size());
     sqlite3_stmt* statement = m_cache.get(rowText(text));
+    const ReadTransaction one(*this);
     for (const size_t i : order) {
         Use use(m_db.get(), statement);
         bindKey(use, 1, keys, first + i);

@@ -55,7 +55,7 @@ private:
     bool waitForLock(int calls);
 
     void runToEnd(sqlite3_stmt* statement, const Parameters& parameters, StatementResult& result);
-    void readRange(const KeyedText& text, const RowKeys& keys, size_t first, RowBlock& block,
+    void readRange(const KeyedText& text, const std::vector<int64_t>& keys, RowBlock& block,
                    std::vector<int>& places);
     void readSingly(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                     std::vector<int>& places);

@@ -63,16 +63,33 @@ Guard guardOf(const KeyedText& text, const RowBlock& seen, size_t place, int fir
     return guard;
 }
 
+// The cells of a key. Unlike those of a row they are kept with all their bytes.
+class KeyCells {
+public:
+    void addNull() { m_key.emplace_back(); }
+    void addInteger(int64_t value) { add(Value::Integer).integer = value; }
+    void addReal(double value) { add(Value::Real).real = value; }
+    void addBytes(Value::Kind kind, const void* data, size_t length)
+    {
+        add(kind).bytes.assign(static_cast<const char*>(data), length);
+    }
+    std::vector<Parameter> take() { return std::move(m_key); }
+
+private:
+    Parameter& add(Value::Kind kind)
+    {
+        Parameter& part = m_key.emplace_back();
+        part.kind = kind;
+        return part;
+    }
+    std::vector<Parameter> m_key;
+};
+
 std::vector<Parameter> keyFrom(sqlite3_stmt* statement, size_t columns, bool utf8)
 {
-    RowBlock row(columns);
-    row.beginRow();
-    takeCells(statement, 0, static_cast<int>(columns), utf8, row);
-    std::vector<Parameter> key;
-    key.reserve(columns);
-    for (size_t i = 0; i < columns; ++i)
-        key.push_back(parameterOf(row.value(0, i)));
-    return key;
+    KeyCells cells;
+    takeCells(statement, 0, static_cast<int>(columns), utf8, cells);
+    return cells.take();
 }
 
 } // namespace

@@ -385,3 +385,19 @@ TEST_F(Positioned, AChangeThatWaitsForALockIsCancelledByClose)
     stranger.execute("ROLLBACK");
     expectUnchanged();
 }
+
+TEST_F(Positioned, AKeyOfAnyLengthThatAChangeMadeIsKnownWhole)
+{
+    execute("CREATE TABLE w(k TEXT PRIMARY KEY, v TEXT) WITHOUT ROWID");
+    execute("INSERT INTO w VALUES('short', 'old')");
+    execute("SELECT k, v FROM w");
+    cursor.fetch(FetchFirst, 0);
+    const std::string key(100'000, 'k'); // longer than what a row keeps of a value
+    execute("UPDATE w SET k = '" + key + "' WHERE CURRENT OF CURSOR");
+    EXPECT_EQ(cursor.getBlobLen(1), 100'000);
+    EXPECT_EQ(codeOfExecute("UPDATE w SET v = 'new' WHERE CURRENT OF CURSOR"), 0);
+    EXPECT_EQ(text(cursor, 2), "new");
+    EXPECT_EQ(codeOf([&] { cursor.fetch(FetchFirst, 0); }), 0);
+    stranger.execute("SELECT length(k), v FROM w");
+    EXPECT_EQ(rows(stranger), Texts({"100000|new"}));
+}
