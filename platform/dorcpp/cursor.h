@@ -26,8 +26,8 @@ struct CursorState;
 // row at the position, and only as long as it is what the fetch has read; answer and position stay.
 // A fetched row never changes by itself: it is read anew by a fetch (rows are read in blocks, and a
 // block again after the session has changed rows by any other statement) and by the cursor's own
-// change, which leaves the other rows as they were read. After a DELETE the row is missing, also when
-// the transaction is rolled back: then execute again.
+// change, which leaves the other rows as they were read. After a DELETE the row is missing, also
+// when the transaction is rolled back: then execute again.
 //
 // INSERT, UPDATE and DELETE may hold what the engines do not know: Hex('..'), EXTFILE('..'),
 // DEFAULT as a value, dates as 'mm/dd/yyyy:hh:mi:ss.ff'. Every other text reaches the engine byte
@@ -130,6 +130,9 @@ public:
     // keys or the column is an expression.
     void clearBlob(int column);
     void appendBlob(int column, const void* data, size_t size);
+    // Forgets the new value as far as it was not written yet: the old one stays. What appendBlob
+    // could not take is forgotten as well.
+    void giveUpBlob();
     // The column's type code for a value that may be read in pieces.
     int blobType(int column) const;
 
