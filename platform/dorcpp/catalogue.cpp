@@ -9,4 +9,9 @@ std::string tableListText(const DorConnect& connection)
     return connection.session()->tableListText();
 }
 
+std::string foreignKeyListText(const DorConnect& connection)
+{
+    return connection.session()->foreignKeyListText();
+}
+
 } // namespace DorCPP

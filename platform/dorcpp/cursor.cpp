@@ -437,7 +437,17 @@ void DorCursor::appendBlob(int column, const void* data, size_t size)
         clearBlob(column);
         s.pending->value = std::move(before);
     }
-    s.pending->value->append(data, size);
+    try {
+        s.pending->value->append(data, size);
+    } catch (...) {
+        s.pending.reset(); // half a value is never written
+        throw;
+    }
+}
+
+void DorCursor::giveUpBlob()
+{
+    idle(m_state).pending.reset();
 }
 
 int DorCursor::blobType(int column) const

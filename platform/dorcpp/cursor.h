@@ -135,6 +135,9 @@ public:
     // keys or the column is an expression.
     void clearBlob(int column);
     void appendBlob(int column, const void* data, size_t size);
+    // Forgets the new value as far as it was not written yet: the old one stays. What appendBlob
+    // could not take is forgotten as well.
+    void giveUpBlob();
     // The column's type code for a value that may be read in pieces.
     int blobType(int column) const;
 

@@ -118,6 +118,8 @@ public:
     // The statement whose rows are schema, name and kind ("table" or "view") of what the user can
     // read, without the engine's own tables.
     virtual std::string tableListText() const = 0;
+    // The statement whose rows are the columns of foreign keys, see catalogue.h.
+    virtual std::string foreignKeyListText() const = 0;
 
     virtual TableKey keyOf(const KeyedSelect& select) = 0;
     virtual bool givesRow(const std::string& sql) = 0;

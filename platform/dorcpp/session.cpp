@@ -71,6 +71,7 @@ Session::Session(const Target& target, int mode, int channel)
     , m_driver(std::make_unique<SessionDriver>(openDriver(target), channel, false))
     , m_dialect(m_driver->dialect())
     , m_tableListText(m_driver->tableListText())
+    , m_foreignKeyListText(m_driver->foreignKeyListText())
 {
 }
 

@@ -77,6 +77,7 @@ public:
     void forgetColumns();
 
     const std::string& tableListText() const { return m_tableListText; }
+    const std::string& foreignKeyListText() const { return m_foreignKeyListText; }
 
 private:
     struct KnownTable {
@@ -92,6 +93,7 @@ private:
     const std::unique_ptr<Driver> m_driver;
     const SqlDialect m_dialect;
     const std::string m_tableListText;
+    const std::string m_foreignKeyListText;
 
     std::mutex m_mutex; // guards the four below
     std::condition_variable m_free;

@@ -180,6 +180,10 @@ void writeAll(int fd, std::string_view bytes, const std::string& target)
         else if (written == 0 || errno != EINTR)
             fail(written == 0 ? EIO : errno, target);
     }
+}
+
+void flush(int fd, const std::string& target)
+{
     if (::fsync(fd) != 0)
         fail(errno, target);
 }
@@ -224,7 +228,18 @@ bool isLocked(const std::string& path)
 
 } // namespace
 
-void writeFileAtomically(const std::wstring& path, std::string_view bytes)
+struct AtomicFileWriter::State {
+    explicit State(std::string resolved)
+        : target(std::move(resolved))
+        , temporary(target)
+    {
+    }
+
+    std::string target;
+    Temporary temporary;
+};
+
+AtomicFileWriter::AtomicFileWriter(const std::wstring& path)
 {
     const std::string target = resolveLinks(narrowPath(path));
     struct stat old {};
@@ -233,13 +248,31 @@ void writeFileAtomically(const std::wstring& path, std::string_view bytes)
         fail(S_ISDIR(old.st_mode) ? EISDIR : EINVAL, target);
     if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
         fail(errno, target);
-    Temporary temporary(target);
-    const SizeSignalBlocker blocker;
+    m_state = std::make_unique<State>(target);
     if (exists)
-        takeRights(temporary.file(), old, target);
-    writeAll(temporary.file(), bytes, target);
-    temporary.renameTo(target);
-    flushFolder(target);
+        takeRights(m_state->temporary.file(), old, target);
+}
+
+AtomicFileWriter::~AtomicFileWriter() = default;
+
+void AtomicFileWriter::append(std::string_view bytes)
+{
+    const SizeSignalBlocker blocker;
+    writeAll(m_state->temporary.file(), bytes, m_state->target);
+}
+
+void AtomicFileWriter::commit()
+{
+    flush(m_state->temporary.file(), m_state->target);
+    m_state->temporary.renameTo(m_state->target);
+    flushFolder(m_state->target);
+}
+
+void writeFileAtomically(const std::wstring& path, std::string_view bytes)
+{
+    AtomicFileWriter file(path);
+    file.append(bytes);
+    file.commit();
 }
 
 int cleanStaleTemporaries(const std::wstring& path)

@@ -2,6 +2,7 @@
 // one.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -18,6 +19,24 @@ namespace OviAPI {
 // Throws std::system_error whose text is a sentence that names the file; the old file is then whole
 // (or the new one, when only flushing the folder failed) and the temporary file is gone.
 OVIAPI_API void writeFileAtomically(const std::wstring& path, std::string_view bytes);
+
+// The same for what comes in pieces: the target is replaced by commit, and an object that goes
+// without it leaves the old file as it was. Throws std::system_error as above; after that commit
+// must not be called.
+class OVIAPI_API AtomicFileWriter {
+public:
+    explicit AtomicFileWriter(const std::wstring& path);
+    ~AtomicFileWriter();
+    AtomicFileWriter(const AtomicFileWriter&) = delete;
+    AtomicFileWriter& operator=(const AtomicFileWriter&) = delete;
+
+    void append(std::string_view bytes);
+    void commit();
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
 
 // Removes temporary files that writers of this target left when they were killed. Those of a living
 // process stay. Returns the number of files removed; what cannot be read or removed is left alone.

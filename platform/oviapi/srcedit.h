@@ -90,6 +90,9 @@ public:
     bool isModified() const;
     void setModified(bool modified);
 
+    // Whether the text is no SQL: all of it has one colour. False at first.
+    void setPlainText(bool plain);
+    bool isPlainText() const;
     // Characters that a tab is wide, 1 to 16; 4 at first. Tab puts blanks in.
     void setTabWidth(int characters);
     int tabWidth() const;

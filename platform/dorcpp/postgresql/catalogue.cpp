@@ -186,4 +186,27 @@ std::string PostgresqlDriver::tableListText() const
            " ORDER BY n.nspname <> 'public', n.nspname, c.relname";
 }
 
+// A key between partitioned tables is repeated for the partitions on both sides.
+std::string PostgresqlDriver::foreignKeyListText() const
+{
+    return "SELECT k.conname AS name, cn.nspname AS child_schema, c.relname AS child_table,"
+           " ca.attname AS child_column, pn.nspname AS parent_schema, p.relname AS parent_table,"
+           " pa.attname AS parent_column, u.place::int4 AS place"
+           " FROM pg_catalog.pg_constraint k"
+           " CROSS JOIN LATERAL unnest(k.conkey, k.confkey)"
+           " WITH ORDINALITY AS u(child, parent, place)"
+           " JOIN pg_catalog.pg_class c ON c.oid = k.conrelid"
+           " JOIN pg_catalog.pg_namespace cn ON cn.oid = c.relnamespace"
+           " JOIN pg_catalog.pg_attribute ca ON ca.attrelid = c.oid AND ca.attnum = u.child"
+           " JOIN pg_catalog.pg_class p ON p.oid = k.confrelid"
+           " JOIN pg_catalog.pg_namespace pn ON pn.oid = p.relnamespace"
+           " JOIN pg_catalog.pg_attribute pa ON pa.attrelid = p.oid AND pa.attnum = u.parent"
+           " WHERE k.contype = 'f' AND k.conparentid = 0"
+           " AND (pg_catalog.has_table_privilege(c.oid, 'SELECT')"
+           " OR pg_catalog.has_any_column_privilege(c.oid, 'SELECT'))"
+           " AND (pg_catalog.has_table_privilege(p.oid, 'SELECT')"
+           " OR pg_catalog.has_any_column_privilege(p.oid, 'SELECT'))"
+           " ORDER BY cn.nspname, c.relname, k.oid, u.place";
+}
+
 } // namespace DorCPP::Postgresql

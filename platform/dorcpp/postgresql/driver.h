@@ -36,6 +36,7 @@ public:
     std::vector<TableColumn> tableColumns(const std::string& schema,
                                           const std::string& table) override;
     std::string tableListText() const override;
+    std::string foreignKeyListText() const override;
     TableKey keyOf(const KeyedSelect& select) override;
     bool givesRow(const std::string& sql) override;
     void readKeys(const std::string& sql, const Parameters& parameters, const TableKey& key,

@@ -89,4 +89,27 @@ std::string SqliteDriver::tableListText() const
            " ORDER BY schema <> 'main', schema, name";
 }
 
+// A parent lies in the schema of its child. The engine takes a key as it was written and looks for
+// what it names when rows are changed; it finds nothing unless all columns of the key are there.
+std::string SqliteDriver::foreignKeyListText() const
+{
+    return "SELECT key, child_schema, child_table, child_column,"
+           " parent_schema, parent_table, parent_column, place FROM"
+           " (SELECT CAST(k.id AS TEXT) AS key, c.schema AS child_schema, c.name AS child_table,"
+           " k.\"from\" AS child_column, p.schema AS parent_schema, p.name AS parent_table,"
+           " a.name AS parent_column, k.seq + 1 AS place, k.id AS id, k.\"to\" AS named,"
+           " count(*) OVER one AS wanted, count(a.name) OVER one AS found"
+           " FROM pragma_table_list AS c"
+           " JOIN pragma_foreign_key_list(c.name, c.schema) AS k"
+           " JOIN pragma_table_list(k.\"table\") AS p ON p.schema = c.schema"
+           " LEFT JOIN pragma_table_xinfo(p.name, p.schema) AS a ON"
+           " CASE WHEN k.\"to\" IS NULL THEN a.pk = k.seq + 1"
+           " ELSE a.name = k.\"to\" COLLATE NOCASE END"
+           " WHERE c.type = 'table'"
+           " WINDOW one AS (PARTITION BY c.schema, c.name, k.id))"
+           " WHERE found = wanted AND (named IS NOT NULL OR wanted ="
+           " (SELECT max(pk) FROM pragma_table_info(parent_table, parent_schema)))"
+           " ORDER BY child_schema <> 'main', child_schema, child_table, id DESC, place";
+}
+
 } // namespace DorCPP::Sqlite

@@ -258,6 +258,17 @@ void CSrcEdit::setModified(bool modified)
     change([&] { m_state->text.setModified(modified); });
 }
 
+void CSrcEdit::setPlainText(bool plain)
+{
+    m_state->plain = plain;
+    repaint();
+}
+
+bool CSrcEdit::isPlainText() const
+{
+    return m_state->plain;
+}
+
 void CSrcEdit::setTabWidth(int characters)
 {
     m_state->tabWidth = std::clamp(characters, 1, maxTabWidth);

@@ -20,6 +20,11 @@ bool isDark(const QPalette& palette)
     return palette.color(QPalette::Base).lightness() < palette.color(QPalette::Text).lightness();
 }
 
+SrcToken wholeLine(const std::wstring& line)
+{
+    return {0, static_cast<int>(line.size()), SrcKind::Word};
+}
+
 } // namespace
 
 void CSrcEdit::SrcNative::paint(QPaintEvent* event)
@@ -55,7 +60,8 @@ void CSrcEdit::SrcNative::paintLine(QPainter& painter, const SrcColors& colors, 
         painter.fillRect(row, colors.caretLine);
     paintBrackets(painter, colors, line, y);
     const std::wstring& text = state.text.line(line);
-    const std::vector<SrcToken> tokens = state.text.tokens(line);
+    const std::vector<SrcToken> tokens =
+        state.plain ? std::vector{wholeLine(text)} : state.text.tokens(line);
     const QColor disabled =
         area->isEnabled() ? QColor() : area->palette().color(QPalette::Disabled, QPalette::Text);
     const double left = marginWidth - textLeft();

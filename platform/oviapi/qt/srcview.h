@@ -22,6 +22,7 @@ struct CSrcEdit::State {
     SrcText text;
     SrcCursor cursor{text};
     bool readOnly = false;
+    bool plain = false;
     bool ownFont = false;
     bool hasError = false;
     int tabWidth = 4;

@@ -111,3 +111,34 @@ TEST_F(LargeObject, AFullTemporaryPlaceIsToldAndNothingIsWritten)
     before ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
     EXPECT_EQ(storedSizes(), "1|3 1|3");
 }
+
+TEST_F(LargeObject, AValueThatIsGivenUpIsNeverWritten)
+{
+    const std::string piece(9 << 20, 'p');
+    cursor.clearBlob(2);
+    cursor.appendBlob(2, piece.data(), piece.size());
+    cursor.giveUpBlob();
+    cursor.fetch(FetchNext, 0);
+    cursor.fetch(FetchFirst, 0);
+    EXPECT_EQ(cursor.getBlobLen(2), 1);
+    EXPECT_NO_THROW(cursor.giveUpBlob()) << "there is nothing to give up any more";
+    cursor.clearBlob(2);
+    cursor.appendBlob(2, "new", 3);
+    cursor.fetch(FetchNext, 0);
+    EXPECT_EQ(storedSizes(), "3|3 1|3");
+}
+
+TEST_F(LargeObject, AValueOfWhichAPieceWasLostIsNotWrittenLater)
+{
+    const char* before = std::getenv("TMPDIR");
+    const std::string saved = before ? before : "";
+    ::setenv("TMPDIR", folder.file("nowhere").c_str(), 1);
+    const std::string piece(5 << 20, 'p');
+    cursor.clearBlob(2);
+    cursor.appendBlob(2, piece.data(), piece.size());
+    EXPECT_NE(codeOf([&] { cursor.appendBlob(2, piece.data(), piece.size()); }), 0);
+    before ? ::setenv("TMPDIR", saved.c_str(), 1) : ::unsetenv("TMPDIR");
+    cursor.fetch(FetchNext, 0);
+    cursor.fetch(FetchFirst, 0);
+    EXPECT_EQ(storedSizes(), "1|3 1|3");
+}

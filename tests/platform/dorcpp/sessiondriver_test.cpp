@@ -46,6 +46,7 @@ public:
         return {};
     }
     std::string tableListText() const override { return {}; }
+    std::string foreignKeyListText() const override { return {}; }
     TableKey keyOf(const KeyedSelect&) override { return work(), TableKey(); }
     bool givesRow(const std::string&) override { return work() != 0; }
     void readKeys(const std::string&, const Parameters&, const TableKey&, RowKeys&) override

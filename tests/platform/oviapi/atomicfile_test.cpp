@@ -23,6 +23,7 @@
 #include "tests/support/smalldisk.h"
 
 namespace fs = std::filesystem;
+using OviAPI::AtomicFileWriter;
 using OviAPI::cleanStaleTemporaries;
 using OviAPI::writeFileAtomically;
 
@@ -112,6 +113,33 @@ TEST_F(AtomicFile, AnExistingFileKeepsItsMode)
     write(file("a"), "new");
     EXPECT_EQ(read(file("a")), "new");
     EXPECT_EQ(mode(file("a")), 0644U);
+}
+
+TEST_F(AtomicFile, PiecesReplaceTheFileTogetherAndOnlyThen)
+{
+    write(file("a"), "old");
+    AtomicFileWriter writer(file("a").wstring());
+    writer.append("one ");
+    writer.append("");
+    writer.append("two");
+    EXPECT_EQ(read(file("a")), "old");
+    writer.commit();
+    EXPECT_EQ(read(file("a")), "one two");
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(AtomicFile, PiecesWithoutAnEndLeaveTheOldFileAndNothingElse)
+{
+    write(file("a"), "old");
+    {
+        AtomicFileWriter writer(file("a").wstring());
+        writer.append("one");
+        AtomicFileWriter fresh(file("b").wstring());
+        fresh.append("two");
+    }
+    EXPECT_EQ(read(file("a")), "old");
+    EXPECT_FALSE(fs::exists(file("b")));
+    EXPECT_EQ(entries(), 1);
 }
 
 TEST_F(AtomicFile, ASymbolicLinkStaysAndItsTargetIsReplaced)

@@ -1,9 +1,11 @@
 #include <oviapi/button.h>
+#include <oviapi/capture.h>
 #include <oviapi/dialog.h>
 #include <oviapi/inputdriver.h>
 #include <oviapi/lineedit.h>
 #include <oviapi/srcedit.h>
 #include <oviapi/static.h>
+#include <oviapi/text.h>
 
 #include <QAccessible>
 #include <QApplication>
@@ -44,6 +46,38 @@ TEST_F(SrcEdit, PositionsCountFromOne)
     EXPECT_EQ(edit.lineText(2), L"cd");
     EXPECT_EQ(edit.lineText(0), L"");
     EXPECT_EQ(edit.lineText(3), L"");
+}
+
+// Whether a window looks the same before and after.
+template<class F>
+bool looksTheSame(const WForm& form, F&& change)
+{
+    const Picture before = captureWindow(form);
+    change();
+    const Picture after = captureWindow(form);
+    for (int y = 0; y < before.height(); ++y) {
+        for (int x = 0; x < before.width(); ++x) {
+            if (before.pixel(x, y) != after.pixel(x, y))
+                return false;
+        }
+    }
+    return before.size() == after.size() && before.width() > 0;
+}
+
+TEST_F(SrcEdit, APlainTextHasTheColourOfWordsEverywhere)
+{
+    const auto toPlain = [this] { edit.setPlainText(true); };
+    const auto toSql = [this] { edit.setPlainText(false); };
+    WButton other; // keeps the caret from blinking meanwhile
+    made(other, 0, 385, 80, 24).setFocus();
+    edit.setText(L"plain\n\nso");
+    EXPECT_TRUE(looksTheSame(form, toPlain));
+    EXPECT_TRUE(edit.isPlainText());
+    for (const wchar_t* text : {L"SELECT", L"'a text'", L"12", L"-- a comment", L"/* more"}) {
+        edit.setText(text);
+        EXPECT_FALSE(looksTheSame(form, toSql)) << OviAPI::wideToUtf8(text);
+        EXPECT_FALSE(looksTheSame(form, toPlain)) << OviAPI::wideToUtf8(text);
+    }
 }
 
 TEST_F(SrcEdit, KeepsEverythingWithoutAWindow)
