@@ -196,7 +196,7 @@ bool KeyedRows::refresh()
         return false;
     const Session::Use driver(*m_session);
     driver->probe(); // an answer that was asked for ahead is not new
-    m_block = nullptr;
+    standNowhere();
     readAnew(*driver);
     forgetCopies();
     return m_place >= 0;
