@@ -12,6 +12,7 @@ enum class Command {
     Refresh,
     FitColumns,
     GoToRow,
+    ShowValue,
     NextPane,
     PreviousPane,
     ToolBar,

@@ -110,6 +110,8 @@ void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
     element.addChild("LastDatabase").setString(LastDatabase, encoding);
     element.addChild("Splitter").setInteger(Splitter);
     element.addChild("ToolBar").setBoolean(ToolBar);
+    element.addChild("ValueViewWidth").setInteger(ValueView.width);
+    element.addChild("ValueViewHeight").setInteger(ValueView.height);
     writeFont(element.addChild("FontGrid"), FontGrid, encoding);
     XMLUtils::XMLElementA& connections = element.addChild("Connections");
     for (const Connection& connection : Connections.all())
@@ -128,6 +130,15 @@ void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
     if (Splitter < MinSplitter || Splitter > MaxSplitter)
         Splitter = DefaultSplitter;
     readOr([&] { ToolBar = element.getChild("ToolBar").getBoolean(); }, [&] { ToolBar = true; });
+    readOr(
+        [&] {
+            ValueView = {element.getChild("ValueViewWidth").getInteger(),
+                         element.getChild("ValueViewHeight").getInteger()};
+        },
+        [&] { ValueView = {}; });
+    if (ValueView.width < 0 || ValueView.width > MaxSplitter || ValueView.height < 0 ||
+        ValueView.height > MaxSplitter)
+        ValueView = {};
     readOr([&] { FontGrid = readFont(element.getChild("FontGrid"), encoding); },
            [&] { FontGrid = defaultGridFont(); });
     readOr([&] { Connections = readConnections(element.getChild("Connections"), encoding); },
@@ -142,6 +153,7 @@ void ExplorerOptions::initDefaults()
     LastDatabase.clear();
     Splitter = DefaultSplitter;
     ToolBar = true;
+    ValueView = {};
     FontGrid = defaultGridFont();
     Connections = {};
     RemoveConnection = {};
@@ -161,6 +173,7 @@ void ExplorerOptions::initDefaultMainFormRect()
 bool ExplorerOptions::operator==(const ExplorerOptions& other) const
 {
     return TypicalOptions::operator==(other) && LastDatabase == other.LastDatabase &&
-           Splitter == other.Splitter && ToolBar == other.ToolBar && FontGrid == other.FontGrid &&
-           Connections == other.Connections && RemoveConnection == other.RemoveConnection;
+           Splitter == other.Splitter && ToolBar == other.ToolBar && ValueView == other.ValueView &&
+           FontGrid == other.FontGrid && Connections == other.Connections &&
+           RemoveConnection == other.RemoveConnection;
 }

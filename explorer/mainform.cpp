@@ -291,6 +291,7 @@ void MainForm::updateMenu()
     const bool anyRow = rows && m_pane.place().rows > 0;
     m_menu.enable(Command::FitColumns, rows);
     m_menu.enable(Command::GoToRow, anyRow);
+    m_menu.enable(Command::ShowValue, anyRow && !m_pane.isLoading());
     m_tools.enableCommand(Command::Refresh, open);
     m_tools.enableCommand(Command::GoToRow, anyRow);
     const bool ready = open && !m_sql.isRunning();

@@ -113,6 +113,7 @@ private:
     void showChanges();
     void refresh();
     void goToRow();
+    void showValue();
     void nextPane(int step);
     bool isSqlShown() const { return m_tabs.currentTab() == SqlTab; }
     void showTab(int tab);

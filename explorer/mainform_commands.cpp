@@ -14,6 +14,7 @@
 #include "explorer/opendialog.h"
 #include "explorer/settingsdialog.h"
 #include "explorer/textlookup.h"
+#include "explorer/valuedialog.h"
 
 namespace {
 
@@ -62,6 +63,8 @@ void MainForm::execute(Command command)
         return m_pane.fitColumns();
     case Command::GoToRow:
         return goToRow();
+    case Command::ShowValue:
+        return showValue();
     case Command::NextPane:
         return nextPane(1);
     case Command::PreviousPane:
@@ -410,6 +413,27 @@ void MainForm::goToRow()
         return;
     m_pane.view().SetRow(dialog.row());
     m_pane.view().setFocus();
+}
+
+void MainForm::showValue()
+{
+    if (m_tabs.currentTab() != RowsTab)
+        return;
+    try {
+        const std::unique_ptr<ValueStore> value = m_pane.value();
+        if (!value)
+            return;
+        const PlaceInTable place = m_pane.place();
+        const std::wstring name = textOf(TextStatusRow, groupedNumber(place.row)) + L", " +
+                                  textOf(TextStatusColumn, place.column);
+        ValueDialog dialog(*this, *value, name, m_options);
+        if (dialog.create())
+            dialog.execModal();
+    } catch (const DorCPP::DorX& x) {
+        showError(TextValueFailed, messageOf(x));
+        checkConnection();
+    }
+    updateStatus();
 }
 
 void MainForm::nextPane(int step)

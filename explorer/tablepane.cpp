@@ -215,6 +215,15 @@ PlaceInTable TablePane::place()
     return place;
 }
 
+std::unique_ptr<ValueStore> TablePane::value()
+{
+    const int col = m_view.GetCol();
+    const long row = m_view.GetRow();
+    if (!m_data || isLoading() || row == 0 || !m_data->GetColInfo(col))
+        return nullptr;
+    return valueOf(*m_data, *m_connection, col, row);
+}
+
 void TablePane::fitColumns()
 {
     if (hasTable())

@@ -14,6 +14,7 @@
 #include "explorer/backgroundstatement.h"
 #include "explorer/databasesession.h"
 #include "explorer/noticepanel.h"
+#include "explorer/valuestore.h"
 
 // What the status line says of the pane.
 struct PlaceInTable {
@@ -48,6 +49,8 @@ public:
     const std::wstring& table() const { return m_table.name; }
     const DatabaseTable& source() const { return m_table; }
     PlaceInTable place();
+    // The value of the cell with the focus; null where there is none. Throws DorX.
+    std::unique_ptr<ValueStore> value();
     // The view of the rows; not seen while there is a notice.
     OviAPI::aCRecordView& view() { return m_view; }
     NoticePanel& notice() { return m_notice; }
