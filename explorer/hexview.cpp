@@ -14,8 +14,9 @@
 namespace {
 
 constexpr wchar_t digits[] = L"0123456789ABCDEF";
-constexpr int cellPadding = 10;               // px beside the text of a byte
-constexpr int longPadding = 16;               // px beside other texts
+constexpr int cellPadding = 10;   // px beside the text of a byte
+constexpr int longPadding = 16;   // px beside other texts
+constexpr int headerPadding = 28; // px beside an offset, with the mark of the current row
 constexpr const wchar_t* face = L"monospace"; // what the desktop takes for it
 
 std::wstring hexByte(unsigned char byte)
@@ -209,10 +210,11 @@ void HexView::fitColumns()
     const int all = OviAPI::GetTextSize(font, std::wstring(HexData::RowBytes, L'0')).width;
     const int caption =
         OviAPI::GetTextSize(font, m_data.GetColInfo(HexData::Characters)->caption).width;
+    const OviAPI::aCString last = GetRowCaption(std::max(1L, m_data.GetRowCount()));
+    GetBroker()->rowHeaderWidth = OviAPI::GetTextSize(font, last).width + headerPadding;
     for (int column = 1; column <= HexData::RowBytes; ++column)
         SetColWidth(column, byte);
     SetColWidth(HexData::Characters, std::max(all, caption) + longPadding);
-    SetColAlignment(OviAPI::aCClientAreaBroker::AlignRowHeader, 0);
 }
 
 // --- what users type

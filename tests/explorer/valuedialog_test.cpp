@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <oviapi/inputdriver.h>
+#include <oviapi/painter.h>
 #include <oviapi/text.h>
 
 #include "application.h"
@@ -112,6 +113,8 @@ TEST_F(ValueWindow, ShowsBytesAsNumbersAndOffsets)
     EXPECT_EQ(dialog.form(), ValueForm::Hex);
     EXPECT_EQ(dialog.hex().GetRowCount(), 7);
     EXPECT_EQ(dialog.hex().GetRowCaption(2), L"00000010");
+    EXPECT_GT(dialog.hex().GetRowHeaderRect(1).width(),
+              OviAPI::GetTextSize(dialog.hex().font(), L"00000010").width);
     EXPECT_TRUE(dialog.hex().isVisible());
     EXPECT_FALSE(dialog.encodingBox().isVisible());
     EXPECT_EQ(dialog.hex().offset(), 0);
