@@ -3,21 +3,11 @@
 
 #include <string>
 
-#include <oviapi/panel.h>
 #include <oviapi/timer.h>
 
 #include "explorer/explorerdialog.h"
+#include "explorer/progressbar.h"
 #include "explorer/samplebuilder.h"
-
-// A bar that fills from the left.
-class ProgressBar : public OviAPI::WPanel {
-public:
-    void setPercent(int percent);
-    bool doPaint(OviAPI::PaintDevice* device) override;
-
-private:
-    int m_percent = 0;
-};
 
 // Works between the events of its window. execModal gives 1 when the database is complete, 0 when
 // the user has stopped it or it failed.

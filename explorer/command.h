@@ -18,6 +18,7 @@ enum class Command {
     SetDefault,
     AddDetails,
     RemoveDetails,
+    ShowValue,
     NextPane,
     PreviousPane,
     ToolBar,

@@ -110,6 +110,8 @@ void ExplorerOptions::serialize(XMLUtils::XMLElementA& element,
     element.addChild("LastDatabase").setString(LastDatabase, encoding);
     element.addChild("Splitter").setInteger(Splitter);
     element.addChild("ToolBar").setBoolean(ToolBar);
+    element.addChild("ValueViewWidth").setInteger(ValueView.width);
+    element.addChild("ValueViewHeight").setInteger(ValueView.height);
     writeFont(element.addChild("FontGrid"), FontGrid, encoding);
     XMLUtils::XMLElementA& connections = element.addChild("Connections");
     for (const Connection& connection : Connections.all())
@@ -129,6 +131,15 @@ void ExplorerOptions::deserialize(const XMLUtils::XMLElementA& element,
     if (Splitter < MinSplitter || Splitter > MaxSplitter)
         Splitter = DefaultSplitter;
     readOr([&] { ToolBar = element.getChild("ToolBar").getBoolean(); }, [&] { ToolBar = true; });
+    readOr(
+        [&] {
+            ValueView = {element.getChild("ValueViewWidth").getInteger(),
+                         element.getChild("ValueViewHeight").getInteger()};
+        },
+        [&] { ValueView = {}; });
+    if (ValueView.width < 0 || ValueView.width > MaxSplitter || ValueView.height < 0 ||
+        ValueView.height > MaxSplitter)
+        ValueView = {};
     readOr([&] { FontGrid = readFont(element.getChild("FontGrid"), encoding); },
            [&] { FontGrid = defaultGridFont(); });
     readOr([&] { Connections = readConnections(element.getChild("Connections"), encoding); },
@@ -145,6 +156,7 @@ void ExplorerOptions::initDefaults()
     LastDatabase.clear();
     Splitter = DefaultSplitter;
     ToolBar = true;
+    ValueView = {};
     FontGrid = defaultGridFont();
     Connections = {};
     RemoveConnection = {};
@@ -165,7 +177,7 @@ void ExplorerOptions::initDefaultMainFormRect()
 bool ExplorerOptions::operator==(const ExplorerOptions& other) const
 {
     return TypicalOptions::operator==(other) && LastDatabase == other.LastDatabase &&
-           Splitter == other.Splitter && ToolBar == other.ToolBar && FontGrid == other.FontGrid &&
-           Connections == other.Connections && RemoveConnection == other.RemoveConnection &&
-           DeleteRow == other.DeleteRow;
+           Splitter == other.Splitter && ToolBar == other.ToolBar && ValueView == other.ValueView &&
+           FontGrid == other.FontGrid && Connections == other.Connections &&
+           RemoveConnection == other.RemoveConnection && DeleteRow == other.DeleteRow;
 }

@@ -23,6 +23,7 @@ public:
 
     WCharString LastDatabase;           // as it was opened; empty: the sample
     int32_t Splitter = DefaultSplitter; // width of the list of tables, px
+    OviAPI::Size ValueView;             // of the value dialog, px; 0, 0: the usual one
     bool ToolBar = true;                // whether it is shown
     OviAPI::Font FontGrid;              // of the record views
     RecentConnections Connections;

@@ -31,6 +31,7 @@ MainForm::MainForm(ExplorerOptions& options, OviAPI::ResourceManager* resources)
     OviAPI::connect<&OviAPI::aCRecordView::onRowGetFocus>(m_list, *this, &MainForm::onListRow);
     OviAPI::connect<&RowsArea::onPlaceChanged>(m_area, *this, &MainForm::onPlaceChanged);
     OviAPI::connect<&RowsArea::onRowsChanged>(m_area, *this, &MainForm::onRowsChanged);
+    OviAPI::connect<&RowsArea::onShowValue>(m_area, *this, &MainForm::onShowValue);
     OviAPI::connect<&OviAPI::WTimer::onTimer>(m_keepAlive, *this, &MainForm::onKeepAlive);
     OviAPI::connect<&AliveProbe::onAnswer>(m_probe, *this, &MainForm::onAlive);
     OviAPI::connect<&ActionBar::onAction>(m_lostBar, *this, &MainForm::onLostAction);
@@ -146,6 +147,12 @@ OviAPI::SlotResult MainForm::onPlaceChanged(OviAPI::Object*)
     updateStatus();
     updateMenu();
     return 0;
+}
+
+OviAPI::SlotResult MainForm::onShowValue(OviAPI::Object*)
+{
+    showValue();
+    return 1;
 }
 
 // A table that is shown has as many rows as are shown of it.
@@ -317,6 +324,7 @@ void MainForm::updateMenu()
     m_menu.enable(Command::RemoveDetails, m_area.levels() > 0);
     m_menu.enable(Command::FitColumns, rows);
     m_menu.enable(Command::GoToRow, anyRow);
+    m_menu.enable(Command::ShowValue, anyRow && !m_area.isBusy());
     m_tools.enableCommand(Command::Refresh, open);
     m_tools.enableCommand(Command::GoToRow, anyRow);
     const bool ready = open && !m_sql.isRunning();

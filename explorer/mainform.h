@@ -91,6 +91,7 @@ private:
     OviAPI::SlotResult onListRow(OviAPI::Object*, long previous, long row);
     OviAPI::SlotResult onPlaceChanged(OviAPI::Object*);
     OviAPI::SlotResult onRowsChanged(OviAPI::Object*, size_t level);
+    OviAPI::SlotResult onShowValue(OviAPI::Object*);
     OviAPI::SlotResult onKeepAlive(OviAPI::Object*);
     OviAPI::SlotResult onAlive(OviAPI::Object*, bool alive);
     OviAPI::SlotResult onLostAction(OviAPI::Object*, int);
@@ -119,6 +120,7 @@ private:
     void goToRow();
     void addDetails();
     bool rowsShown() const { return m_tabs.currentTab() == RowsTab; }
+    void showValue();
     void nextPane(int step);
     bool isSqlShown() const { return m_tabs.currentTab() == SqlTab; }
     void showTab(int tab);

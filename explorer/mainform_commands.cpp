@@ -14,6 +14,7 @@
 #include "explorer/opendialog.h"
 #include "explorer/settingsdialog.h"
 #include "explorer/textlookup.h"
+#include "explorer/valuedialog.h"
 
 namespace {
 
@@ -76,6 +77,8 @@ void MainForm::execute(Command command)
         return;
     case Command::GoToRow:
         return goToRow();
+    case Command::ShowValue:
+        return showValue();
     case Command::NextPane:
         return nextPane(1);
     case Command::PreviousPane:
@@ -436,6 +439,28 @@ void MainForm::goToRow()
         return;
     pane.view().SetRow(dialog.row());
     pane.view().setFocus();
+}
+
+void MainForm::showValue()
+{
+    RowsPane& pane = m_area.currentRows();
+    if (!rowsShown() || m_area.isBusy() || !pane.leave())
+        return;
+    try {
+        const std::unique_ptr<ValueStore> value = pane.value(m_session->connection());
+        if (!value)
+            return;
+        const PlaceInTable place = pane.place();
+        const std::wstring name = textOf(TextStatusRow, groupedNumber(place.row)) + L", " +
+                                  textOf(TextStatusColumn, place.column);
+        ValueDialog dialog(*this, *value, name, m_options);
+        if (dialog.create())
+            dialog.execModal();
+    } catch (const DorCPP::DorX& x) {
+        showError(TextValueFailed, messageOf(x));
+        checkConnection();
+    }
+    updateStatus();
 }
 
 void MainForm::nextPane(int step)

@@ -27,6 +27,7 @@ constexpr Entry entries[] = {
     {1, TextMenuRefresh, Command::Refresh, L"F5"},
     {1, TextMenuFit, Command::FitColumns, L"Ctrl+Shift+E"},
     {1, TextMenuGoToRow, Command::GoToRow, L"Ctrl+G"},
+    {1, TextMenuShowValue, Command::ShowValue, L"F4"},
     {1, 0},
     {1, TextMenuNextPane, Command::NextPane, L"F6"},
     {1, TextMenuPreviousPane, Command::PreviousPane, L"Shift+F6"},

@@ -174,6 +174,15 @@ void RowsPane::fitColumns()
         m_view.SetColAlignment(m_view.GetColAlignMode(), m_view.GetColAlignChars());
 }
 
+std::unique_ptr<ValueStore> RowsPane::value(const DorCPP::DorConnect& connection)
+{
+    const int col = m_view.GetCol();
+    const long row = m_view.GetRow();
+    if (!hasRows() || row == 0 || m_rows->IsVirtualRow(row) || !m_rows->GetColInfo(col))
+        return nullptr;
+    return valueOf(*m_rows, connection, col, row);
+}
+
 void RowsPane::loadTexts()
 {
     const std::wstring argument = m_argument ? m_argument() : std::wstring();

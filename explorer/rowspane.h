@@ -13,6 +13,7 @@
 #include "explorer/actionbar.h"
 #include "explorer/noticepanel.h"
 #include "explorer/texts.h"
+#include "explorer/valuestore.h"
 
 // What the status line says of the pane.
 struct PlaceInTable {
@@ -64,6 +65,9 @@ public:
     // Seen while a change of the user's meets one of another session.
     ActionBar& conflict() { return m_conflict; }
     void fitColumns();
+    // The value of the cell with the focus; null where there is none. connection: that of the rows.
+    // Throws DorX.
+    std::unique_ptr<ValueStore> value(const DorCPP::DorConnect& connection);
 
     // Stores what has been typed; when that is refused the user is asked whether to give it up.
     // False when he wants to go on with it: then nothing may be taken away from under him.

@@ -21,6 +21,23 @@ std::wstring selectAllText(std::wstring_view reference)
     return L"SELECT * FROM " + std::wstring(reference);
 }
 
+std::wstring selectWhereText(std::wstring_view reference, std::span<const std::wstring> columns)
+{
+    std::wstring text = selectAllText(reference);
+    const wchar_t* joint = L" WHERE ";
+    for (const std::wstring& column : columns) {
+        text += joint + quotedName(column) + L"=?";
+        joint = L" AND ";
+    }
+    return text;
+}
+
+std::wstring setNullText(std::wstring_view reference, std::wstring_view column)
+{
+    return L"UPDATE " + std::wstring(reference) + L" SET " + quotedName(column) +
+           L" = NULL WHERE CURRENT OF CURSOR";
+}
+
 std::wstring countText(std::wstring_view reference)
 {
     return L"SELECT count(*) FROM " + std::wstring(reference);

@@ -1,6 +1,7 @@
 // The SQL texts of the explorer.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -12,5 +13,9 @@ std::wstring tableReference(std::wstring_view schema, std::wstring_view table);
 
 // Every column and row of a table or view, named by its reference.
 std::wstring selectAllText(std::wstring_view reference);
+// Its rows in which these columns have the values of as many parameters.
+std::wstring selectWhereText(std::wstring_view reference, std::span<const std::wstring> columns);
+// Takes the value of one column away from the row that a cursor stands on.
+std::wstring setNullText(std::wstring_view reference, std::wstring_view column);
 // One row with the number of rows.
 std::wstring countText(std::wstring_view reference);

@@ -154,7 +154,7 @@ void Tour::plan(const std::string& database)
     keys("closed", {controlKey(letter('W'))});
 }
 
-// The dialogs for connections and settings, by keys that are the same in both languages.
+// The dialogs for values, connections and settings, by keys that are the same in both languages.
 void Tour::planDialogs(const std::string& suffix)
 {
     const VirtualKey tab(OviAPI::KeyTab);
@@ -162,6 +162,11 @@ void Tour::planDialogs(const std::string& suffix)
     const VirtualKey space(OviAPI::KeySpace, OviAPI::ModifierNone, L' ');
     const VirtualKey escape(OviAPI::KeyEscape);
 
+    const VirtualKey down(OviAPI::KeyDown);
+
+    keys("value" + suffix, {VirtualKey(OviAPI::KeyF1 + 3)});
+    keys("value-hexadecimal" + suffix, {down, down});
+    keys("", {escape});
     keys("connect" + suffix, {{letter('O'), OviAPI::ModifierControl | OviAPI::ModifierShift, 0}});
     keys("connect-advanced" + suffix, {tab, tab, space});
     step("connect-failed" + suffix, [this, shiftTab] {

@@ -16,6 +16,7 @@
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMessageBox>
 
 namespace {
 
@@ -122,6 +123,11 @@ void DialogTest::setLanguage(enum TypicalOptions::Language language)
 bool modalIsOpen()
 {
     return OviAPI::WForm::topModal() != nullptr;
+}
+
+bool boxIsOpen()
+{
+    return qobject_cast<QMessageBox*>(QApplication::activeModalWidget()) != nullptr;
 }
 
 YesNoConfirmDlg* openConfirmation()

@@ -27,6 +27,7 @@ protected:
 };
 
 bool modalIsOpen();
+bool boxIsOpen();
 bool confirmIsOpen();
 YesNoConfirmDlg* openConfirmation();
 // The first label in a form.

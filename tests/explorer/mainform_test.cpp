@@ -148,7 +148,7 @@ TEST_F(MainWindow, ShowsTheRowsOfTheChosenTable)
 {
     openSmall();
     choose(L"one");
-    ASSERT_TRUE(m_form->pane().hasTable());
+    ASSERT_TRUE(m_form->pane().hasRows());
     EXPECT_EQ(m_form->pane().view().GetRowCount(), 3);
     EXPECT_EQ(m_form->pane().view().GetCellText(2, 3), L"third");
     EXPECT_EQ(field(MainStatus::Rows), L"3 rows");
@@ -285,7 +285,7 @@ TEST_F(MainWindow, ShowsWhyAViewCannotBeRead)
     TestDatabase(file("small.db")).execute("DROP TABLE one");
     ASSERT_TRUE(m_form->openDatabase(file("small.db")));
     choose(L"both");
-    EXPECT_FALSE(m_form->pane().hasTable());
+    EXPECT_FALSE(m_form->pane().hasRows());
     EXPECT_EQ(m_form->pane().notice().heading(), L"This table cannot be shown");
     EXPECT_NE(m_form->pane().notice().hint().find(L"one"), std::wstring::npos);
     EXPECT_EQ(m_form->list().GetCellText(TableList::Rows, 2), L"?");

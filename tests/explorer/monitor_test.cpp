@@ -203,7 +203,7 @@ TEST_F(Monitoring, SchemasAreNamedWhenThereAreSeveral)
     EXPECT_EQ(m_form->list().GetCellText(TableList::Name, 2), L"other.one");
     m_form->list().SetFocusCell(1, 2);
     ASSERT_TRUE(ready());
-    ASSERT_TRUE(m_form->pane().hasTable());
+    ASSERT_TRUE(m_form->pane().hasRows());
     EXPECT_EQ(m_form->pane().view().GetCellText(1, 1), L"7");
 }
 
