@@ -152,7 +152,7 @@ TEST_F(Editing, NullAndEmptyTextAreTwoThings)
 {
     choose(L"file");
     typeInto(3, 1, L"x");
-    typeInto(3, 1, L"", OviAPI::KeyF2);
+    typeInto(3, 1, L"", OviAPI::KeyF1 + 1);
     InputDriver::key(VirtualKey(OviAPI::KeyDelete)); // everything is selected
     InputDriver::key(VirtualKey(OviAPI::KeyEnter));
     settle();
@@ -249,7 +249,7 @@ INSTANTIATE_TEST_SUITE_P(To, TurningAway,
                          testing::Values(Turn{"Refresh", Command::Refresh},
                                          Turn{"Close", Command::Close},
                                          Turn{"Exit", Command::Exit}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& turn) { return turn.param.name; });
 
 TEST_F(Editing, ChoosingAnotherTableAsksAndComesBack)
 {

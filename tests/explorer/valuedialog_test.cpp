@@ -535,12 +535,12 @@ TEST_F(ValueCommand, WhatIsStoredIsSeenInTheTable)
 
 TEST_F(ValueCommand, IsThereOnlyWhereThereIsACell)
 {
-    EXPECT_TRUE(m_form->pane().value());
+    EXPECT_TRUE(m_form->pane().value(m_form->session()->connection()));
     m_form->execute(Command::SqlWindow);
     m_form->execute(Command::ShowValue); // does nothing: no cell is on the screen
     EXPECT_EQ(OviAPI::WForm::topModal(), nullptr);
     m_form->closeDatabase();
-    EXPECT_FALSE(m_form->pane().value());
+    EXPECT_FALSE(m_form->pane().hasRows());
     m_form->execute(Command::ShowValue);
     EXPECT_EQ(OviAPI::WForm::topModal(), nullptr);
 }
