@@ -12,6 +12,7 @@ struct Entry {
     int textId; // 0 for a separator
     Command command = Command::None;
     const wchar_t* keys = nullptr;
+    const wchar_t* keysOfView = nullptr; // shown only: the record view itself knows them
 };
 
 constexpr Entry entries[] = {
@@ -35,10 +36,10 @@ constexpr Entry entries[] = {
     {1, TextMenuToolBar, Command::ToolBar},
     {1, TextMenuMonitor, Command::Monitor, L"F8"},
     {0, TextMenuRows},
-    {1, TextMenuNewRow, Command::NewRow}, // the keys of these four are the view's
-    {1, TextMenuDeleteRow, Command::DeleteRow},
-    {1, TextMenuSetNull, Command::SetNull},
-    {1, TextMenuSetDefault, Command::SetDefault},
+    {1, TextMenuNewRow, Command::NewRow, nullptr, L"Ins"},
+    {1, TextMenuDeleteRow, Command::DeleteRow, nullptr, L"Ctrl+Del"},
+    {1, TextMenuSetNull, Command::SetNull, nullptr, L"Ctrl+0"},
+    {1, TextMenuSetDefault, Command::SetDefault, nullptr, L"Ctrl+Shift+0"},
     {1, 0},
     {1, TextMenuAddDetails, Command::AddDetails, L"Ctrl+D"},
     {1, TextMenuRemoveDetails, Command::RemoveDetails, L"Ctrl+Shift+D"},
@@ -87,7 +88,7 @@ MainMenu::MainMenu()
         }
         OviAPI::WMenuItem* item = m_menu.insertItem(above[level], L"");
         above.push_back(item);
-        m_items.push_back({entry.command, entry.textId, item});
+        m_items.push_back({entry.command, entry.textId, item, entry.keysOfView});
         if (entry.command == Command::None)
             continue;
         if (entry.keys)
@@ -108,8 +109,12 @@ bool MainMenu::onCommand(Command)
 
 void MainMenu::loadTexts()
 {
-    for (const Item& item : m_items)
-        m_menu.setItem(item.item, textOf(static_cast<TextId>(item.textId)).c_str());
+    for (const Item& item : m_items) {
+        std::wstring text = textOf(static_cast<TextId>(item.textId));
+        if (item.keysOfView)
+            text += std::wstring(L"\t") + item.keysOfView;
+        m_menu.setItem(item.item, text.c_str());
+    }
 }
 
 std::wstring MainMenu::caption(Command command) const

@@ -31,6 +31,7 @@ private:
         Command command;
         int textId;
         OviAPI::WMenuItem* item;
+        const wchar_t* keysOfView; // null for none
     };
 
     OviAPI::WMenuItem* itemOf(Command command) const;

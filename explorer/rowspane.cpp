@@ -373,13 +373,11 @@ SlotResult RowsPane::onConflictAction(OviAPI::Object*, int action)
 
 void RowsPane::showConflict(Conflict conflict)
 {
-    const bool changed = conflict == RowChanged;
-    if (conflict != NoConflict) {
-        m_conflict.setTexts(textOf(changed ? TextConflictChanged : TextConflictDeleted),
-                            {changed ? textOf(TextConflictTheirs) : std::wstring(),
-                             changed ? textOf(TextConflictMine) : std::wstring(),
-                             textOf(TextConflictGiveUp)});
-    }
+    const bool gone = conflict == RowDeleted;
+    m_conflict.setTexts(textOf(gone ? TextConflictDeleted : TextConflictChanged),
+                        {gone ? std::wstring() : textOf(TextConflictTheirs),
+                         gone ? std::wstring() : textOf(TextConflictMine),
+                         textOf(TextConflictGiveUp)});
     if (m_conflictKind == conflict)
         return;
     m_conflictKind = conflict;

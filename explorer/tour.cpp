@@ -118,6 +118,15 @@ void Tour::plan(const std::string& database)
     }());
     step("splitter", [this] { InputDriver::drag(m_form.splitter(), {3, 100}, {63, 110}); });
     chooseTable("null-and-numbers", L"measurement");
+    chooseTable("", L"section");
+    keys("details", {controlKey(letter('D'))});
+    step("editing", [this] {
+        m_form.pane().view().setFocus();
+        m_form.pane().view().SetFocusCell(2, 3);
+        InputDriver::type(L"games and more");
+    });
+    keys("new-row", {escape, VirtualKey(OviAPI::KeyInsert)});
+    keys("", {escape, {letter('D'), OviAPI::ModifierControl | OviAPI::ModifierShift, 0}});
     chooseTable("view", L"size_by_section");
     keys("", {controlKey(letter('E'))});
     step("sql", [this, ctrlEnter] {
