@@ -58,6 +58,8 @@ void DetailPane::setMaster(const DorCPP::DorConnect& connection, const DatabaseT
         follow();
         return;
     }
+    if (!m_rows.leave())
+        return;
     const std::wstring chosen = m_choice.text();
     clear();
     m_connection = &connection;
@@ -115,7 +117,8 @@ void DetailPane::showDetail(int number)
     m_waiting.reset();
     m_detail = nullptr;
     m_chosen = number;
-    m_rows.showNotice(TextNoticeReading, TextNoticeReadingHint, [name = table().name] { return name; });
+    m_rows.showNotice(TextNoticeReading, TextNoticeReadingHint,
+                      [name = table().name] { return name; });
     askForRows();
 }
 
@@ -136,6 +139,7 @@ void DetailPane::follow()
     }
     m_row = row;
     m_edition = m_master.edition();
+    m_rows.view().SetReadOnly(true); // these rows are about to go
     m_rest.start();
 }
 
@@ -157,9 +161,9 @@ void DetailPane::refresh()
 bool DetailPane::openRows()
 {
     const ForeignKey& key = m_details[static_cast<size_t>(m_chosen)].key;
-    auto rows = std::make_unique<DetailRows>(
-        *m_connection, detailQueryText(key),
-        [this](const DorCPP::DorX* error) { takeRows(error); });
+    auto rows =
+        std::make_unique<DetailRows>(*m_connection, detailQueryText(key),
+                                     [this](const DorCPP::DorX* error) { takeRows(error); });
     for (size_t i = 0; i < key.columns.size(); ++i) {
         const int column = m_master.columnOf(key.columns[i].master);
         if (column == 0)
@@ -182,7 +186,7 @@ void DetailPane::askForRows()
         m_rows.showNotice(TextNoticeNoMaster, TextNoticeNoMasterHint);
         return;
     }
-    m_rows.view().SetReadOnly(true); // these rows are about to go
+    m_rows.view().SetReadOnly(true);
     try {
         m_detail->readFor(m_master.rows(), m_row);
     } catch (const DorCPP::DorX& x) {
@@ -259,8 +263,8 @@ void DetailPane::layOut()
     const int label = OviAPI::GetTextSize(font(), textOf(TextDetailsLabel)).width + 2;
     int widest = narrowestChoice;
     for (const DetailTable& detail : m_details)
-        widest = std::max(widest,
-                          OviAPI::GetTextSize(font(), detail.caption).width + choicePadding);
+        widest =
+            std::max(widest, OviAPI::GetTextSize(font(), detail.caption).width + choicePadding);
     const int left = 2 * margin + label;
     m_label.move(margin, margin + (field - line) / 2, label, line + 2);
     m_choice.move(left, margin, std::clamp(widest, 0, std::max(0, size.width - left - margin)),

@@ -65,11 +65,11 @@ private:
     const DorCPP::DorConnect* m_connection = nullptr;
     DatabaseTable m_masterTable;
     std::vector<DetailTable> m_details;
-    int m_chosen = -1; // index of the detail shown, -1 for none
+    int m_chosen = -1;                     // index of the detail shown, -1 for none
     std::unique_ptr<DetailRows> m_waiting; // not shown before they have been read once
-    DetailRows* m_detail = nullptr; // owned by m_waiting or by the pane of the rows
-    long m_row = 0;          // of the master, whose rows are shown or asked for
-    unsigned long m_edition = 0; // of the master's rows at that time
+    DetailRows* m_detail = nullptr;        // owned by m_waiting or by the pane of the rows
+    long m_row = 0;                        // of the master, whose rows are shown or asked for
+    unsigned long m_edition = 0;           // of the master's rows at that time
     bool m_goingBack = false;              // the master's focus is being put back
     OviAPI::WStatic m_label;
     OviAPI::WComboBox m_choice;

@@ -33,7 +33,7 @@ private:
     const DorCPP::DorConnect& m_connection;
     Report m_report;
     std::unique_ptr<BackgroundStatement> m_reading;
-    MasterValues m_asked; // of the reading
+    MasterValues m_asked;                         // of the reading
     std::unique_ptr<BackgroundStatement> m_shown; // holds the cursor of the rows
     OviAPI::WTimer m_timer;
 };

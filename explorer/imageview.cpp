@@ -29,8 +29,7 @@ bool ImageView::doPaint(OviAPI::PaintDevice* device)
     if (!painter)
         return false;
     const OviAPI::Size size = clientSize();
-    painter.fillRect({0, 0, size.width, size.height},
-                     OviAPI::Color(OviAPI::ColorNumber::Field));
+    painter.fillRect({0, 0, size.width, size.height}, OviAPI::Color(OviAPI::ColorNumber::Field));
     if (!m_picture.isNull())
         painter.stretchPicture(fittedRect(m_picture.size(), size), m_picture);
     return true;

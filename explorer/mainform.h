@@ -8,11 +8,11 @@
 #include <oviapi/tabcontrol.h>
 
 #include "app/extform.h"
+#include "explorer/actionbar.h"
 #include "explorer/aliveprobe.h"
 #include "explorer/command.h"
 #include "explorer/databasesession.h"
 #include "explorer/exploreroptions.h"
-#include "explorer/actionbar.h"
 #include "explorer/machinedata.h"
 #include "explorer/mainmenu.h"
 #include "explorer/mainstatus.h"

@@ -322,7 +322,7 @@ void MainForm::setLost(bool lost)
 // Opens the database again and shows the table that was shown.
 void MainForm::reconnect()
 {
-    if (!m_lost || !m_again || isBusy())
+    if (!m_lost || !m_again || isBusy() || !m_area.leave())
         return;
     try {
         auto session = m_opening.run(m_session->displayPath(), m_again);

@@ -17,11 +17,11 @@ RowsArea::RowsArea(TypicalConfirm& deleteRow)
     , m_table(deleteRow)
 {
     watch(m_table, 0);
-    OviAPI::connect<&ForeignKeys::onForeignKeys>(
-        m_keys, *this, [this](OviAPI::Object*) -> OviAPI::SlotResult {
-            keysChanged();
-            return 0;
-        });
+    OviAPI::connect<&ForeignKeys::onForeignKeys>(m_keys, *this,
+                                                 [this](OviAPI::Object*) -> OviAPI::SlotResult {
+                                                     keysChanged();
+                                                     return 0;
+                                                 });
 }
 
 RowsArea::~RowsArea()
@@ -56,11 +56,11 @@ bool RowsArea::create()
 void RowsArea::watch(RowsPane& pane, size_t number)
 {
     using OviAPI::SlotResult;
-    OviAPI::connect<&RowsPane::onPlaceChanged>(
-        pane, *this, [this, number](OviAPI::Object*) -> SlotResult {
-            placeChanged(number);
-            return 0;
-        });
+    OviAPI::connect<&RowsPane::onPlaceChanged>(pane, *this,
+                                               [this, number](OviAPI::Object*) -> SlotResult {
+                                                   placeChanged(number);
+                                                   return 0;
+                                               });
     OviAPI::connect<&RowsPane::onRowsChanged>(
         pane, *this, [this, number](OviAPI::Object*) -> SlotResult {
             OviAPI::dispatch<&RowsArea::onRowsChanged>(*this, number);

@@ -39,8 +39,8 @@ public:
     bool isBusy() const;
     void cancel();
 
-    // Adds a level below the last one, in the font of this panel, and takes the last one away; false
-    // when that cannot be.
+    // Adds a level below the last one, in the font of this panel, and takes the last one away;
+    // false when that cannot be.
     bool addLevel();
     bool removeLevel();
     size_t levels() const { return m_levels.size(); }

@@ -386,6 +386,32 @@ TEST_F(Keys, TheKeysOfTheLineStayInTheEditor)
     EXPECT_EQ(typed(), L"two words") << "undone";
 }
 
+TEST_F(Keys, WhatTheApplicationPutsIntoANewRowDoesNotCountAsEntered)
+{
+    edit(table);
+    OviAPI::Object application;
+    OviAPI::connect<&aCRecordView::onRowBegun>(view, application,
+                                               [this](OviAPI::Object*, long fresh) {
+                                                   table.StoreText(Table::Number, fresh, L"42");
+                                                   return OviAPI::SlotResult(0);
+                                               });
+    view.SetFocusCell(Table::Name, 5);
+    key(KeyInsert);
+    EXPECT_EQ(view.GetCellText(Table::Number, 6), L"42");
+    EXPECT_FALSE(view.HasPendingEdit());
+    key(KeyUp);
+    EXPECT_FALSE(table.HasVirtualRow());
+    EXPECT_EQ(table.rows.size(), 5U) << "nothing was entered";
+
+    key(KeyInsert);
+    enter(Table::Number, 6, L"43"); // the same cell, by the user
+    key(KeyTab);
+    EXPECT_TRUE(view.HasPendingEdit());
+    key(KeyUp);
+    ASSERT_EQ(table.rows.size(), 6U);
+    EXPECT_EQ(table.cell(Table::Number, 6), L"43");
+}
+
 TEST_F(Keys, ControlDeleteAsksTheApplication)
 {
     edit(table);

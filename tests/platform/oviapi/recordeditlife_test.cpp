@@ -8,7 +8,7 @@ using namespace OviAPI;
 
 namespace {
 
-enum class Signal { Stored, Refused, Open, DeleteKey };
+enum class Signal { Stored, Refused, Open, DeleteKey, RowBegun, Ended };
 
 class EditorLife : public RecordEditTest {
 protected:
@@ -46,6 +46,11 @@ protected:
             connect<&aCRecordView::onEditRefused>(*other, form, cell);
         else if (signal == Signal::Open)
             connect<&aCRecordView::onOpenValue>(*other, form, cell);
+        else if (signal == Signal::RowBegun)
+            connect<&aCRecordView::onRowBegun>(*other, form,
+                                               [run](Object*, long) { return run(); });
+        else if (signal == Signal::Ended)
+            connect<&aCRecordView::onEditEnded>(*other, form, [run](Object*) { return run(); });
         else
             connect<&aCRecordView::onDeleteRowKey>(*other, form,
                                                    [run](Object*, long) { return run(); });
@@ -80,6 +85,14 @@ protected:
             other->SetFocusCell(Table::Name, 2);
             keyOn(KeyDelete, ModifierControl);
             break;
+        case Signal::RowBegun:
+            other->SetFocusCell(Table::Name, 2);
+            keyOn(KeyInsert);
+            break;
+        case Signal::Ended:
+            start(Table::Name, 2, L"x");
+            keyOn(KeyEscape);
+            break;
         }
     }
 
@@ -92,7 +105,7 @@ class EditorLifeOf : public EditorLife, public testing::WithParamInterface<Signa
 
 INSTANTIATE_TEST_SUITE_P(Signals, EditorLifeOf,
                          testing::Values(Signal::Stored, Signal::Refused, Signal::Open,
-                                         Signal::DeleteKey));
+                                         Signal::DeleteKey, Signal::RowBegun, Signal::Ended));
 
 } // namespace
 
