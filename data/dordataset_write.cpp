@@ -301,11 +301,14 @@ void xCDorvexDataSet::rowIsStored(long row)
     clearRowError(row);
     m_unread.erase(row);
     const bool read = ToRow(OviAPI::FetchAbsolute, row, false) == 0 && GetErrorKind() == NoError;
-    if (!read)
+    if (!read) {
         ClearRowCache();
-    else if (IsRowCacheOn() && IsRowCached(row))
+        RefreshViews();
+        return;
+    }
+    if (IsRowCacheOn() && IsRowCached(row))
         CacheCurrentRow();
-    RefreshViews();
+    RefreshRowInViews(row);
 }
 
 void xCDorvexDataSet::ExecuteChange(DorCPP::DorCursor& cursor, const std::wstring& sql)

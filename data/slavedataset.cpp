@@ -8,12 +8,6 @@
 using DorCPP::DorCursor;
 using DorCPP::DorX;
 
-namespace {
-
-constexpr int linkedMode = 1024; // Kept: of the cursor, when the query has parameters
-
-} // namespace
-
 // Learns that the master dataset goes.
 class xCSlaveDataSet::MasterWatch : public OviAPI::aCDataSetViewer {
 public:

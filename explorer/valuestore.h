@@ -16,7 +16,7 @@
 // DorX. User-interface thread only.
 class ValueStore {
 public:
-    static constexpr size_t PieceSize = 256 * 1024; // bytes
+    static constexpr size_t PieceSize = size_t{256} * 1024; // bytes
 
     virtual ~ValueStore() = default;
 

@@ -31,6 +31,11 @@ size_t textBytes(std::span<const std::byte> space)
 
 aCDataSetViewer::~aCDataSetViewer() = default;
 
+void aCDataSetViewer::onRowChanged(long)
+{
+    onDataSetChanged();
+}
+
 aCDataSet::aCDataSet()
     : m_cacheEdition(phraseEdition())
 {
@@ -504,13 +509,25 @@ void aCDataSet::RemoveViewer(aCDataSetViewer* viewer)
     std::erase(m_viewers, viewer);
 }
 
-void aCDataSet::RefreshViews()
+// One viewer may have gone while another was told.
+template<class Tell>
+void aCDataSet::tellViewers(Tell tell)
 {
     m_stale = true;
     const std::vector<aCDataSetViewer*> viewers = m_viewers;
-    for (aCDataSetViewer* viewer : viewers) // one may have gone while another was told
+    for (aCDataSetViewer* viewer : viewers)
         if (std::find(m_viewers.begin(), m_viewers.end(), viewer) != m_viewers.end())
-            viewer->onDataSetChanged();
+            tell(*viewer);
+}
+
+void aCDataSet::RefreshViews()
+{
+    tellViewers([](aCDataSetViewer& viewer) { viewer.onDataSetChanged(); });
+}
+
+void aCDataSet::RefreshRowInViews(long row)
+{
+    tellViewers([row](aCDataSetViewer& viewer) { viewer.onRowChanged(row); });
 }
 
 aCRecordView* aCDataSet::GetRecordView() const

@@ -50,6 +50,9 @@ public:
     virtual ~aCDataSetViewer();
     // Rows, columns or values have changed: ask again.
     virtual void onDataSetChanged() = 0;
+    // Values of one row have changed, and nothing else. As onDataSetChanged where it is not
+    // overridden.
+    virtual void onRowChanged(long row);
     // The dataset is about to die: let go of it.
     virtual void onDataSetDestroyed() = 0;
     // The dataset has been moved to a row on purpose.
@@ -240,6 +243,8 @@ public:
     // Tells every viewer that rows or values have changed; the current row is fetched again when it
     // is next asked for.
     void RefreshViews();
+    // The same when values of one row alone have changed.
+    void RefreshRowInViews(long row);
     // The record view that shows this dataset, the first when there are several; null without.
     aCRecordView* GetRecordView() const;
 
@@ -296,6 +301,8 @@ private:
     void trimCache();
     void dropCached(long row);
     void dropOldPhrases();
+    template<class Tell>
+    void tellViewers(Tell tell);
 
     std::vector<std::unique_ptr<aCColumn>> m_columns;
     std::vector<size_t> m_offsets{0}; // of each column, and the end

@@ -247,7 +247,7 @@ short aCDataSet::StoreCell(int column, long row, void* data)
     col(column);
     if (IsVirtualRow(row)) {
         m_virtualRow->setCell(static_cast<size_t>(column) - 1, CellOfData(column, data));
-        RefreshViews();
+        RefreshRowInViews(row);
         return 0;
     }
     if (PutSourceOnRow(row) != 0)

@@ -252,8 +252,11 @@ RecordEditor::Work RecordEditor::run(const std::function<short()>& function)
     if (work.gone)
         return work;
     m_busy = false;
+    const long row = std::exchange(m_changedRow, 0);
     if (std::exchange(m_changedMeanwhile, false))
         m_view.ReShow(0, false, true, true, nullptr);
+    else if (row != 0)
+        m_view.showRowAnew(row);
     work.gone = alive.expired() || !data();
     return work;
 }
@@ -519,8 +522,7 @@ bool RecordEditor::refresh(long row)
     const Work work = run([this, row] { return data()->RefreshRow(row); });
     if (work.gone)
         return false;
-    m_view.m_faults.erase(row);
-    m_view.repaintRow(row);
+    m_view.showRowAnew(row);
     return work.result == 0 && !work.thrown;
 }
 

@@ -77,6 +77,7 @@ public:
     // Rows or values have changed. True: in the middle of a change nothing is shown anew, it is
     // when that is done.
     bool waitsWithChange();
+    bool waitsWithRow(long row);
     // The number of rows or columns is known anew, and the selection is not yet.
     void followRows();
     // The native part of the view.
@@ -171,6 +172,7 @@ private:
     bool m_keyTypes = true; // the key pressed last types its character
     bool m_busy = false;    // the dataset is at work
     bool m_changedMeanwhile = false;
+    long m_changedRow = 0; // the only one that has changed meanwhile, 0 for none
 };
 
 } // namespace OviAPI

@@ -194,6 +194,15 @@ bool RecordEditor::scroll(long left, long firstRow)
     return (rowSeen && colSeen) || store() == Outcome::Done;
 }
 
+bool RecordEditor::waitsWithRow(long row)
+{
+    if (m_busy && m_changedRow != 0 && m_changedRow != row)
+        return waitsWithChange();
+    if (m_busy)
+        m_changedRow = row;
+    return m_busy;
+}
+
 bool RecordEditor::waitsWithChange()
 {
     m_changedMeanwhile = m_changedMeanwhile || m_busy;

@@ -248,6 +248,18 @@ void aCRecordView::onDataSetChanged()
         ReShow(0, false, true, true, nullptr);
 }
 
+void aCRecordView::onRowChanged(long row)
+{
+    if (!m_editor->waitsWithRow(row))
+        showRowAnew(row);
+}
+
+void aCRecordView::showRowAnew(long row)
+{
+    m_faults.erase(row);
+    repaintRow(row);
+}
+
 void aCRecordView::onDataSetDestroyed()
 {
     m_dataSet = nullptr;

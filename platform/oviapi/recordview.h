@@ -256,6 +256,7 @@ private:
     enum class Drag { None, Edge, Cells, Rows };
 
     void onDataSetChanged() override;
+    void onRowChanged(long row) override;
     void onDataSetDestroyed() override;
     void onRowFollowed(long row) override;
     aCRecordView* recordView() override { return this; }
@@ -285,6 +286,8 @@ private:
     void tellFocus(); // to assistive technology
     void afterFocus(int oldCol, long oldRow, bool repaintAll);
     void repaintRow(long row);
+    // Its values, or what is said of it, may be others.
+    void showRowAnew(long row);
     bool moveKey(VirtualKey key);
     bool tabKey(bool back);
     bool moveFocus(int col, long row, bool extend);
