@@ -10,6 +10,11 @@ constexpr int margin = 6;         // px
 constexpr int buttonPadding = 28; // px beside the text of a button, both sides together
 constexpr int mostLines = 3;
 
+int widthOf(const OviAPI::WButton& button, const OviAPI::Font& font)
+{
+    return OviAPI::GetTextSize(font, button.text()).width + buttonPadding;
+}
+
 } // namespace
 
 ActionBar::ActionBar(int buttons)
@@ -62,7 +67,7 @@ int ActionBar::buttonsWidth() const
     int width = 0;
     for (const auto& button : m_buttons)
         if (!button->text().empty())
-            width += OviAPI::GetTextSize(font(), button->text()).width + buttonPadding + margin;
+            width += widthOf(*button, font()) + margin;
     return width;
 }
 
@@ -102,7 +107,7 @@ void ActionBar::layOut()
     for (const auto& button : m_buttons) {
         if (button->text().empty())
             continue;
-        const int width = OviAPI::GetTextSize(font(), button->text()).width + buttonPadding;
+        const int width = widthOf(*button, font());
         const int top = (size.height - line - 12) / 2;
         button->move(left, top, width, line + 12);
         left += width + margin;

@@ -49,11 +49,8 @@ void DetailPane::setMaster(const DorCPP::DorConnect& connection, const DatabaseT
                            const ForeignKeys& keys)
 {
     std::vector<DetailTable> details = keys.detailsOf(master);
-    const bool same = m_connection == &connection && master == m_masterTable &&
-                      std::equal(details.begin(), details.end(), m_details.begin(), m_details.end(),
-                                 [](const DetailTable& a, const DetailTable& b) {
-                                     return a.key == b.key && a.caption == b.caption;
-                                 });
+    const bool same =
+        m_connection == &connection && master == m_masterTable && details == m_details;
     if (same) {
         follow();
         return;
@@ -79,9 +76,7 @@ void DetailPane::setMaster(const DorCPP::DorConnect& connection, const DatabaseT
 void DetailPane::clear()
 {
     m_rest.stop();
-    m_waiting.reset();
-    m_detail = nullptr;
-    m_rows.showNotice(TextNoticeNoMaster, TextNoticeNoMasterHint);
+    showNotice(TextNoticeNoMaster, TextNoticeNoMasterHint);
     m_details.clear();
     m_chosen = -1;
     m_row = 0;
@@ -114,11 +109,8 @@ void DetailPane::showDetail(int number)
         m_choice.setCurrentLine(m_chosen);
         return;
     }
-    m_waiting.reset();
-    m_detail = nullptr;
     m_chosen = number;
-    m_rows.showNotice(TextNoticeReading, TextNoticeReadingHint,
-                      [name = table().name] { return name; });
+    showNotice(TextNoticeReading, TextNoticeReadingHint, [name = table().name] { return name; });
     askForRows();
 }
 
@@ -145,15 +137,8 @@ void DetailPane::follow()
 
 SlotResult DetailPane::onRested(OviAPI::Object*)
 {
-    m_rest.stop();
     askForRows();
     return 1;
-}
-
-void DetailPane::refresh()
-{
-    if (m_chosen >= 0 && m_rows.leave())
-        askForRows();
 }
 
 // Makes the dataset of the chosen detail, linked to the master's columns. False when the master
@@ -180,12 +165,8 @@ void DetailPane::askForRows()
     m_rest.stop();
     m_row = masterHasRow() ? m_master.view().GetRow() : 0;
     m_edition = m_master.edition();
-    if (m_row == 0 || (!m_detail && !openRows())) {
-        m_waiting.reset();
-        m_detail = nullptr;
-        m_rows.showNotice(TextNoticeNoMaster, TextNoticeNoMasterHint);
-        return;
-    }
+    if (m_row == 0 || (!m_detail && !openRows()))
+        return showNotice(TextNoticeNoMaster, TextNoticeNoMasterHint);
     m_rows.view().SetReadOnly(true);
     try {
         m_detail->readFor(m_master.rows(), m_row);
@@ -197,13 +178,9 @@ void DetailPane::askForRows()
 // The last thing that a reading does: the dataset may go here.
 void DetailPane::takeRows(const DorCPP::DorX* error)
 {
-    if (error) {
-        m_rows.showNotice(TextNoticeTableFailed, TextNoticeTableFailedHint,
+    if (error)
+        return showNotice(TextNoticeTableFailed, TextNoticeTableFailedHint,
                           [x = *error] { return messageOf(x); });
-        m_waiting.reset();
-        m_detail = nullptr;
-        return;
-    }
     if (m_waiting)
         m_rows.showRows(std::move(m_waiting), table().name, false);
     else
@@ -215,10 +192,16 @@ void DetailPane::cancel()
     if (!isReading())
         return;
     m_detail->cancel();
-    m_rows.showNotice(TextNoticeTableFailed, TextNoticeTableFailedHint,
-                      [] { return textOf(TextErrorStopped); });
+    showNotice(TextNoticeTableFailed, TextNoticeTableFailedHint,
+               [] { return textOf(TextErrorStopped); });
+}
+
+// The rows go, those that are still being read as well.
+void DetailPane::showNotice(TextId heading, TextId hint, RowsPane::Words argument)
+{
+    m_detail = nullptr; // first: whoever is told asks whether it is still reading
     m_waiting.reset();
-    m_detail = nullptr;
+    m_rows.showNotice(heading, hint, std::move(argument));
 }
 
 // A new row belongs to the master's row.

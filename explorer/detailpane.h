@@ -33,8 +33,6 @@ public:
     void clear();
     // The master's focus, or a row of it, may have changed.
     void follow();
-    // Reads the rows again.
-    void refresh();
 
     const std::vector<DetailTable>& details() const { return m_details; }
     // The table whose rows are shown; no name for none.
@@ -56,6 +54,7 @@ private:
     OviAPI::SlotResult onRowBegun(OviAPI::Object*);
     void showDetail(int number);
     void askForRows();
+    void showNotice(TextId heading, TextId hint, RowsPane::Words argument = {});
     void takeRows(const DorCPP::DorX* error);
     bool openRows();
     bool masterHasRow();

@@ -30,6 +30,8 @@ struct ForeignKey {
 struct DetailTable {
     ForeignKey key;
     std::wstring caption; // for the user; each detail of a table has another one
+
+    bool operator==(const DetailTable&) const = default;
 };
 
 // Reads the foreign keys of a connection without holding up the window, and answers from what was

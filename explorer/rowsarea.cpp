@@ -105,11 +105,6 @@ void RowsArea::keysChanged()
         connectLevel(i);
 }
 
-void RowsArea::refresh()
-{
-    m_table.refresh(); // the levels follow
-}
-
 void RowsArea::clear(TextId heading, TextId hint)
 {
     for (size_t i = levels(); i > 0; --i)

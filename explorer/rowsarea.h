@@ -30,8 +30,6 @@ public:
     // The keys of the connection have been read, or have been forgotten.
     void keysChanged();
     ForeignKeys& keys() { return m_keys; }
-    // Reads all rows again.
-    void refresh();
     // Lets go of the connection.
     void clear(TextId heading, TextId hint);
     // See RowsPane::leave; from the lowest level up.

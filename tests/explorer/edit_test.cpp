@@ -4,8 +4,8 @@
 #include <oviapi/inputdriver.h>
 #include <oviapi/text.h>
 
-#include "application.h"
 #include "app/yesnoconfirmdlg.h"
+#include "application.h"
 #include "database.h"
 #include "dialogs.h"
 #include "explorer/mainform.h"
@@ -128,7 +128,9 @@ TEST_F(Editing, ARowIsDeletedOnceTheUserHasSaidYes)
     Script script;
     script.step(confirmIsOpen, [] { InputDriver::key(VirtualKey(OviAPI::KeyEscape)); });
     script.step([] { return !modalIsOpen(); },
-                [] { InputDriver::key({OviAPI::KeyDelete, OviAPI::ModifierControl}); });
+                [] {
+                    InputDriver::key({OviAPI::KeyDelete, OviAPI::ModifierControl});
+                });
     script.step(confirmIsOpen, [] { InputDriver::key(VirtualKey(OviAPI::KeyEnter)); });
     script.step([] { return !modalIsOpen(); });
     InputDriver::key({OviAPI::KeyDelete, OviAPI::ModifierControl});
@@ -437,6 +439,20 @@ TEST_F(Details, SpeakTheLanguageOfTheUser)
     settle();
     EXPECT_GT(textOf(TextDetailsLabel).at(2), L'\u0400');
     m_form->setLanguage(TypicalOptions::DefaultLanguage);
+}
+
+TEST_F(Details, ThatCannotBeReadSaySoUntilTheyCan)
+{
+    open(L"section");
+    EXPECT_EQ(shown(1, 2), L"cron ");
+    m_other.execute("ALTER TABLE package RENAME TO hidden");
+    view().SetRow(2);
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(detail().rows().notice().heading(), textOf(TextNoticeTableFailed));
+    m_other.execute("ALTER TABLE hidden RENAME TO package");
+    view().SetRow(1);
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(shown(1, 2), L"cron ");
 }
 
 TEST_F(Details, GoWithTheDatabase)
