@@ -3,6 +3,8 @@
 
 pgcluster.py start STATE     makes a cluster in a temporary folder and starts it
 pgcluster.py plain STATE     the same without TLS
+pgcluster.py measure STATE   without TLS, with memory for the tables of the benchmarks, and with one
+                             process for each statement
 pgcluster.py restart STATE   ends the server as an administrator does, and starts it again
 pgcluster.py stop STATE      ends the server and removes everything
 
@@ -34,6 +36,13 @@ synchronous_commit = off
 full_page_writes = off
 autovacuum = off
 log_min_messages = fatal
+"""
+MEASURING = """
+shared_buffers = 512MB
+max_wal_size = 4GB
+synchronous_commit = on
+max_parallel_workers_per_gather = 0
+jit = off
 """
 
 
@@ -98,7 +107,11 @@ def plain(path):
     start(path, False)
 
 
-def start(path, tls=True):
+def measure(path):
+    start(path, False, MEASURING)
+
+
+def start(path, tls=True, more=""):
     stop(path)
     folder = tempfile.mkdtemp(prefix="ovi_pg_")
     password = secrets.token_hex(12)
@@ -117,7 +130,8 @@ def start(path, tls=True):
         if not good:
             break
         port = free_port()
-        settings = SETTINGS.format(folder=folder, port=port) + f"ssl = {'on' if tls else 'off'}\n"
+        settings = SETTINGS.format(folder=folder, port=port) + more
+        settings += f"ssl = {'on' if tls else 'off'}\n"
         write(folder + "/data/postgresql.auto.conf", settings)
         good, said = control(folder, "start")
         if good:
@@ -162,7 +176,7 @@ def stop(path):
 
 
 if __name__ == "__main__":
-    actions = {"start": start, "plain": plain, "restart": restart, "stop": stop}
+    actions = {"start": start, "plain": plain, "measure": measure, "restart": restart, "stop": stop}
     if len(sys.argv) != 3 or sys.argv[1] not in actions:
         sys.exit(__doc__)
     actions[sys.argv[1]](sys.argv[2])
