@@ -120,14 +120,18 @@ void takeFinished(CursorState& s)
     s.takeFinished();
 }
 
-// Of a value of which less is kept than the buffer takes.
-ValueState deliverLong(CursorState& s, size_t column, Value value, int clientType, void* buffer,
-                       size_t capacity, size_t& stored)
+// Not part of getData, whose common way stays short.
+[[gnu::noinline]] ValueState deliverAny(RowSource& rows, size_t column, int clientType,
+                                        void* buffer, size_t capacity, size_t& stored)
 {
-    std::string more(std::min(value.length, capacity), '\0');
-    more.resize(s.answer.rows->piece(column, 0, more.data(), more.size()));
-    value.data = more.data();
-    value.held = more.size();
+    Value value = rows.value(column);
+    std::string more;
+    if (value.held < value.length && value.held < capacity) { // the buffer takes more than is kept
+        more.resize(std::min(value.length, capacity));
+        more.resize(rows.piece(column, 0, more.data(), more.size()));
+        value.data = more.data();
+        value.held = more.size();
+    }
     return deliver(value, clientType, buffer, capacity, stored);
 }
 
@@ -342,11 +346,13 @@ ValueState DorCursor::getData(int column, int clientType, void* buffer, size_t c
 {
     CursorState& s = idle(m_state);
     const size_t i = s.columnAt(column);
-    const Value value = s.valueAt(i);
+    RowSource& rows = s.rowsFor(i);
+    const RowBlock::Cell* cell = rows.cell(i);
     size_t stored = 0;
-    const bool all = value.held >= value.length || value.held >= capacity;
-    const ValueState state = all ? deliver(value, clientType, buffer, capacity, stored)
-                                 : deliverLong(s, i, value, clientType, buffer, capacity, stored);
+    const bool plain =
+        cell && deliverPlain(rows.block(), *cell, clientType, buffer, capacity, stored);
+    const ValueState state =
+        plain ? ValueState::Exact : deliverAny(rows, i, clientType, buffer, capacity, stored);
     s.found[i] = {state, s.reading};
     if (indicator)
         *indicator = state == ValueState::Null ? 1 : 0;

@@ -61,14 +61,15 @@ struct CursorState {
         if (row != Row::Here)
             throwNoRow();
     }
-    // The value of a column of the current row.
-    Value valueAt(size_t column)
+    // The rows of the answer, at the current one, for a value of that column.
+    RowSource& rowsFor(size_t column)
     {
         if (pending && pending->column == column)
             writePending();
         requireRow();
-        return answer.rows->value(column);
+        return *answer.rows;
     }
+    Value valueAt(size_t column) { return rowsFor(column).value(column); }
     // Rows of the answer can be changed.
     bool isUpdatable() const;
     void writePending();

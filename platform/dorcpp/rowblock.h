@@ -86,6 +86,9 @@ public:
     const Cell& cell(size_t row, size_t column) const { return m_cells[row * m_columns + column]; }
     // The first cell of a row; the others follow.
     const Cell* row(size_t row) const { return m_cells.data() + row * m_columns; }
+    // Whether the heap has all bytes of a text or blob, and where.
+    bool isWhole(const Cell& c) const { return !c.outside && c.length <= maxHeld; }
+    const char* bytes(const Cell& c) const { return m_heap.data() + c.at; }
     Value value(size_t row, size_t column) const { return value(cell(row, column)); }
     // The value of a cell of this block, without the bytes that lie outside.
     Value value(const Cell& c) const
@@ -106,7 +109,7 @@ public:
             v.length = c.length;
             if (!c.outside) {
                 v.held = c.length < maxHeld ? c.length : maxHeld;
-                v.data = m_heap.data() + c.at;
+                v.data = bytes(c);
             }
             break;
         }

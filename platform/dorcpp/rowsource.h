@@ -30,6 +30,9 @@ public:
     {
         return m_cells && !m_cells[column].outside ? m_block->value(m_cells[column]) : read(column);
     }
+    // The same as a cell of block(); null where there is none.
+    const RowBlock::Cell* cell(size_t column) const { return m_cells ? m_cells + column : nullptr; }
+    const RowBlock& block() const { return *m_block; }
     // A piece of a text or blob of that row.
     virtual size_t piece(size_t column, uint64_t offset, void* buffer, size_t size) = 0;
     virtual bool isKeyed() const = 0;

@@ -38,6 +38,38 @@ size_t plainPrefix(std::string_view text)
     return i;
 }
 
+// Copies a text that is ASCII without a zero; false when it is not.
+bool copyPlain(const char* text, size_t length, char* to)
+{
+    constexpr size_t word = 8;
+    if (length < word) {
+        for (size_t i = 0; i < length; ++i) {
+            if (text[i] <= 0)
+                return false;
+            to[i] = text[i];
+        }
+        return true;
+    }
+    for (size_t i = 0;; i = std::min(i + word, length - word)) { // the last ones overlap
+        if (!isPlainWord(text + i))
+            return false;
+        std::memcpy(to + i, text + i, word);
+        if (i == length - word)
+            return true;
+    }
+}
+
+bool isNarrowText(int clientType)
+{
+    return clientType == TypeText || clientType == TypeVarchar || clientType == TypeChar ||
+           clientType == TypeExtfile;
+}
+
+bool isBytes(int clientType)
+{
+    return clientType == TypeByte || clientType == TypeVarbyte || clientType == TypeBlob;
+}
+
 // Valid UTF-8 without a zero.
 bool isPlain(std::string_view text)
 {
@@ -110,14 +142,6 @@ ValueState narrowText(const Value& value, char* buffer, size_t capacity, size_t&
 {
     if (capacity == 0)
         throw makeError(CodeBadCall, "a text buffer needs at least one byte");
-    // Most texts by far are whole and ASCII, which is the same in every set.
-    if (value.kind == Value::Text && value.held == value.length && value.length < capacity &&
-        plainPrefix(value.bytes()) == value.length) {
-        std::copy_n(value.data, value.length, buffer);
-        buffer[value.length] = 0;
-        length = value.length;
-        return ValueState::Exact;
-    }
     const Shown shown = shownText(value, capacity);
     const ValueState state = shown.state;
     const size_t space = capacity - 1;
@@ -169,12 +193,6 @@ ValueState wideText(const Value& value, char* buffer, size_t capacity, size_t& l
 
 ValueState byteForm(const Value& value, char* buffer, size_t capacity, size_t& length)
 {
-    if (value.kind == Value::Blob && value.held == value.length && value.length <= capacity) {
-        length = value.length;
-        std::copy_n(value.data, length, buffer);
-        std::memset(buffer + length, 0, capacity - length);
-        return ValueState::Exact;
-    }
     std::string own;
     std::string_view bytes = value.bytes();
     ValueState state = value.kind == Value::Blob ? ValueState::Exact : ValueState::Mismatch;
@@ -448,6 +466,45 @@ ValueState deliver(const Value& value, int clientType, void* buffer, size_t capa
     default:
         throwUnknownType(clientType);
     }
+}
+
+bool deliverPlain(const RowBlock& block, const RowBlock::Cell& cell, int clientType, void* buffer,
+                  size_t capacity, size_t& length)
+{
+    char* to = static_cast<char*>(buffer);
+    const auto put = [&](auto number) {
+        std::memcpy(to, &number, sizeof number);
+        length = sizeof number;
+        return true;
+    };
+    switch (cell.kind) {
+    case Value::Integer: {
+        const auto narrow = static_cast<int32_t>(cell.integer);
+        if (clientType == TypeBigint && capacity == sizeof cell.integer)
+            return put(cell.integer);
+        return clientType == TypeInteger && capacity == sizeof narrow && narrow == cell.integer &&
+               put(narrow);
+    }
+    case Value::Real:
+        return clientType == TypeDouble && capacity == sizeof cell.real && put(cell.real);
+    case Value::Text: // ASCII is the same in every set
+        if (!isNarrowText(clientType) || cell.length >= capacity || !block.isWhole(cell) ||
+            !copyPlain(block.bytes(cell), cell.length, to))
+            return false;
+        to[cell.length] = 0;
+        length = cell.length;
+        return true;
+    case Value::Blob:
+        if (!isBytes(clientType) || cell.length > capacity || !block.isWhole(cell))
+            return false;
+        length = cell.length;
+        std::copy_n(block.bytes(cell), length, to);
+        std::memset(to + length, 0, capacity - length);
+        return true;
+    case Value::Null:
+        break;
+    }
+    return false;
 }
 
 void typeFromValue(ColumnInfo& column, const Value& value)

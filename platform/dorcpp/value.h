@@ -16,6 +16,11 @@ namespace DorCPP {
 ValueState deliver(const Value& value, int clientType, void* buffer, size_t capacity,
                    size_t& length);
 
+// The same for the commonest values, which lie whole in their block and are delivered Exact; false
+// for all others, which deliver is for. Asked first for every cell that is read.
+bool deliverPlain(const RowBlock& block, const RowBlock::Cell& cell, int clientType, void* buffer,
+                  size_t capacity, size_t& length);
+
 // Gives a column without a declared type the type of its first value.
 void typeFromValue(ColumnInfo& column, const Value& value);
 

@@ -1,11 +1,15 @@
 // Values and foreign keys, the same on every engine.
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
+#include <oviapi/inputdriver.h>
 #include <oviapi/text.h>
 
 #include "../conformance/support.h"
 #include "application.h"
 #include "explorer/foreignkeys.h"
+#include "explorer/mainform.h"
 #include "explorer/textlookup.h"
 #include "explorer/valuestore.h"
 #include "memoryvalue.h"
@@ -55,9 +59,75 @@ protected:
     std::unique_ptr<xCDorvexDataSet> m_data;
 };
 
+// The main window with three tables that refer to one another.
+class WindowOn : public ExplorerOn {
+protected:
+    WindowOn()
+        : m_options(TestApplication::get().record)
+    {
+        execute("CREATE TABLE section (id integer PRIMARY KEY, name varchar(20) NOT NULL)");
+        execute("CREATE TABLE package (id integer PRIMARY KEY, name varchar(20) UNIQUE,"
+                " section_id integer REFERENCES section (id), size integer DEFAULT 7)");
+        execute("CREATE TABLE file (id integer PRIMARY KEY,"
+                " package_id integer REFERENCES package (id), path varchar(40))");
+        execute("INSERT INTO section VALUES (1, 'admin'), (2, 'games')");
+        execute("INSERT INTO package VALUES (10, 'cron', 1, 1), (11, 'chess', 2, 2),"
+                " (12, 'go', 2, 3)");
+        execute("INSERT INTO file VALUES (100, 10, '/etc/crontab'), (101, 12, '/usr/go')");
+        m_options.initDefaults();
+        m_form = std::make_unique<MainForm>(m_options, TestApplication::get().resources());
+        m_form->create();
+        m_form->show(true);
+        std::string name = place.database();
+        if (isServer())
+            name += " user=" + server().at("user") + " password=" + server().at("password");
+        EXPECT_TRUE(m_form->openDatabase(name));
+        EXPECT_TRUE(ready());
+    }
+    ~WindowOn() override
+    {
+        m_form.reset();
+        BackgroundTask::waitForAbandoned();
+    }
+
+    bool ready()
+    {
+        return waitFor([this] { return !m_form->isBusy(); });
+    }
+    void openWithDetails(const wchar_t* name)
+    {
+        const auto& tables = m_form->session()->tables();
+        const auto at = std::find_if(tables.begin(), tables.end(), [&](const DatabaseTable& t) {
+            return t.name == name && (t.schema.empty() || t == table(name));
+        });
+        ASSERT_NE(at, tables.end());
+        m_form->list().SetFocusCell(1, static_cast<long>(at - tables.begin()) + 1);
+        ASSERT_TRUE(ready());
+        m_form->execute(Command::AddDetails);
+        ASSERT_TRUE(ready());
+    }
+    OviAPI::aCRecordView& master() { return m_form->pane().view(); }
+    OviAPI::aCRecordView& detail(size_t level = 1)
+    {
+        return m_form->area().detail(level).rows().view();
+    }
+    std::vector<std::wstring> shown(OviAPI::aCRecordView& view, int column)
+    {
+        std::vector<std::wstring> texts;
+        for (long row = 1; row <= view.GetRowCount(); ++row)
+            texts.push_back(view.GetCellText(column, row));
+        return texts;
+    }
+
+    using Shown = std::vector<std::wstring>;
+    ExplorerOptions& m_options;
+    std::unique_ptr<MainForm> m_form;
+};
+
 } // namespace
 
 ON_BOTH_ENGINES(ExplorerOn);
+ON_BOTH_ENGINES(WindowOn);
 
 TEST_P(ExplorerOn, ValuesAreReadAsTheyAre)
 {
@@ -151,4 +221,55 @@ TEST_P(ExplorerOn, ForeignKeysLeadFromMasterToDetail)
     cursor.execute(statement, &binds);
     EXPECT_EQ(cursor.selectRowCount(), 2);
     EXPECT_TRUE(cursor.isKeyed());
+}
+
+TEST_P(WindowOn, DetailsFollowTheMasterOverThreeLevels)
+{
+    openWithDetails(L"section");
+    m_form->execute(Command::AddDetails);
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(shown(detail(), 2), Shown{L"cron"});
+    EXPECT_EQ(shown(detail(2), 3), Shown{L"/etc/crontab"});
+    master().SetRow(2);
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(shown(detail(), 2), (Shown{L"chess", L"go"}));
+    EXPECT_EQ(shown(detail(2), 3), Shown());
+    detail().SetRow(2);
+    ASSERT_TRUE(ready());
+    EXPECT_EQ(shown(detail(2), 3), Shown{L"/usr/go"});
+}
+
+TEST_P(WindowOn, ANewDetailBelongsToTheMastersRowAndShowsItsDefaults)
+{
+    using OviAPI::InputDriver;
+    using OviAPI::VirtualKey;
+    openWithDetails(L"section");
+    master().SetRow(2);
+    ASSERT_TRUE(ready());
+    detail().setFocus();
+    InputDriver::key(VirtualKey(OviAPI::KeyInsert));
+    settle();
+    ASSERT_TRUE(detail().SetFocusCell(1, 3));
+    InputDriver::type(L"13");
+    InputDriver::key(VirtualKey(OviAPI::KeyTab));
+    InputDriver::type(L"tetris");
+    InputDriver::key(VirtualKey(OviAPI::KeyUp));
+    ASSERT_TRUE(waitFor([&] { return own.value("SELECT count(*) FROM package") == "4"; }));
+    EXPECT_EQ(own.value("SELECT section_id FROM package WHERE name = 'tetris'"), "2");
+    EXPECT_EQ(detail().GetCellText(4, 3), L"7");
+}
+
+TEST_P(WindowOn, WhatAnotherSessionChangedInADetailIsNotLaidOver)
+{
+    using OviAPI::InputDriver;
+    openWithDetails(L"section");
+    Client(place).execute("UPDATE package SET size = 99 WHERE id = 10");
+    detail().setFocus();
+    ASSERT_TRUE(detail().SetFocusCell(4, 1));
+    InputDriver::type(L"5");
+    InputDriver::key(OviAPI::VirtualKey(OviAPI::KeyEnter));
+    settle();
+    EXPECT_EQ(own.value("SELECT size FROM package WHERE id = 10"), "99");
+    EXPECT_TRUE(detail().IsEditing()) << "what was typed stays";
+    detail().GiveUpEdit();
 }

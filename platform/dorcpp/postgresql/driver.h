@@ -62,8 +62,8 @@ private:
     struct Question {
         std::string sql;
         Values values;
-        bool range = false;        // by the first and last key, else by each
-        int place = 0;             // the answer's column with the key, or the place among the keys
+        bool byKey = false;        // rows are known by their one key, else by its place
+        int place = 0;             // the answer's column with the key or its place
         std::vector<int> lengthOf; // by column: where the length of a long value stands, 0: nowhere
     };
     // A question sent before its answer was wanted.

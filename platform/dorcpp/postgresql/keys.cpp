@@ -83,7 +83,7 @@ private:
     std::string_view m_bytes;
 };
 
-constexpr const char* rowPlace = ", \"rows\".\"row place\""; // of the inner SELECT
+constexpr const char* rowKey = ", \"rows\".\"row key\""; // of the inner SELECT
 
 constexpr std::string_view copySignature{"PGCOPY\n\377\r\n\0", 11};
 
@@ -132,7 +132,7 @@ bool isAsDescribed(const PGresult* result, const KeyedText& text, const std::vec
 // Whether the columns of a subquery can be named one by one.
 bool areNamed(const std::vector<DescribedColumn>& columns)
 {
-    std::set<std::string> labels{"row version", "row place"};
+    std::set<std::string> labels{"row version", "row key"};
     return std::all_of(columns.begin(), columns.end(),
                        [&](const DescribedColumn& c) { return labels.insert(c.label).second; });
 }
@@ -147,6 +147,38 @@ int keyColumn(const KeyedText& text)
     return at == text.columns.end() ? -1 : static_cast<int>(at - text.columns.begin());
 }
 
+// Finds the places of a block's rows by their keys.
+class PlacesByKey {
+public:
+    PlacesByKey() = default;
+    PlacesByKey(const RowKeys& keys, size_t first, size_t count)
+    {
+        m_keys.reserve(count);
+        for (size_t i = 0; i < count; ++i)
+            m_keys.emplace_back(keys.packed(first + i), i);
+        if (!std::is_sorted(m_keys.begin(), m_keys.end()))
+            std::sort(m_keys.begin(), m_keys.end());
+    }
+    // Puts the row into each place that has its key; false when none has.
+    bool take(int64_t key, int row, std::vector<int>& places)
+    {
+        if (m_next == m_keys.size() || m_keys[m_next].first != key) // else they come in order
+            m_next = static_cast<size_t>(
+                std::lower_bound(m_keys.begin(), m_keys.end(), std::pair(key, size_t(0))) -
+                m_keys.begin());
+        bool taken = false;
+        for (; m_next < m_keys.size() && m_keys[m_next].first == key; ++m_next) {
+            places[m_keys[m_next].second] = row;
+            taken = true;
+        }
+        return taken;
+    }
+
+private:
+    std::vector<std::pair<int64_t, size_t>> m_keys; // and their places, sorted
+    size_t m_next = 0;                              // behind the row taken last
+};
+
 // The columns of a block in the outer SELECT: the row's, its version, its place where one is asked
 // for, and of long values, of which only the head is read, the lengths, from column next on.
 std::string outerList(const std::vector<DescribedColumn>& columns, const KeyedText& text,
@@ -155,7 +187,7 @@ std::string outerList(const std::vector<DescribedColumn>& columns, const KeyedTe
     const auto isLong = [](const DescribedColumn& c) { return isUnbounded(c.type, c.modifier); };
     lengthOf.assign(columns.size(), 0);
     if (std::none_of(columns.begin(), columns.end(), isLong) || !areNamed(columns))
-        return "\"rows\".*" + (place == rowPlace ? "" : place);
+        return "\"rows\".*" + (place == rowKey ? "" : place);
     const std::string limit = std::to_string(RowBlock::maxHeld);
     std::string list;
     std::string lengths;
@@ -274,32 +306,39 @@ PostgresqlDriver::Question PostgresqlDriver::question(const KeyedText& text, Row
     const std::vector<DescribedColumn>& columns = kept(plainText(text)).columns;
     checkColumns(columns, text);
     Question q;
-    q.range = isClose(keys, first, count);
-    q.place = q.range ? keyColumn(text) : -1;
+    q.byKey = keys.isPacked();
+    q.place = q.byKey ? keyColumn(text) : -1;
     int next = static_cast<int>(columns.size()) + (text.key.version.empty() ? 0 : 1);
     std::string place;
     if (q.place < 0) {
         q.place = next++;
-        place = q.range ? rowPlace : ", \"row keys\".place";
+        place = q.byKey ? rowKey : ", \"row keys\".place";
     }
     const std::string outer = outerList(columns, text, place, next, q.lengthOf);
     const std::string alias = text.alias + '.';
     std::string inner = "SELECT " + text.list;
     if (!text.key.version.empty())
         inner += ", " + alias + text.key.version + " AS \"row version\"";
-    if (q.range) {
+    if (q.byKey) {
         const std::string key = alias + text.key.columns[0];
         if (!place.empty())
-            inner += ", " + key + " AS \"row place\"";
-        inner += " FROM " + text.from + " WHERE " + key + " BETWEEN $1 AND $2";
+            inner += ", " + key + " AS \"row key\"";
+        inner += " FROM " + text.from + " WHERE " + key;
+        const bool range = isClose(keys, first, count);
+        inner += range ? " BETWEEN $1 AND $2" : " = ANY ($1::int8[])";
+        q.sql = "SELECT " + outer + " FROM (" + inner + ") AS \"rows\"";
+        if (!range) {
+            q.values = Values(1);
+            setKeyArrays(q.values, keys, first, count);
+            return q;
+        }
         const int64_t low = keys.packed(first);
         const int64_t high = keys.packed(first + count - 1);
         // There are no more rows in the range. Said so, the server makes one plan for all ranges;
         // else it fears for many rows and plans each anew.
         const auto most =
             std::bit_ceil(static_cast<uint64_t>(high) - static_cast<uint64_t>(low) + 1);
-        q.sql = "SELECT " + outer + " FROM (" + inner + ") AS \"rows\" ORDER BY " +
-                std::to_string(q.place + 1) + " LIMIT " + std::to_string(most);
+        q.sql += " ORDER BY " + std::to_string(q.place + 1) + " LIMIT " + std::to_string(most);
         q.values = Values(2);
         q.values.set(1, numberText(low));
         q.values.set(2, numberText(high));
@@ -310,8 +349,7 @@ PostgresqlDriver::Question PostgresqlDriver::question(const KeyedText& text, Row
     inner += " FROM " + text.from;
     for (size_t i = 0; i < text.key.columns.size(); ++i) {
         const std::string number = std::to_string(i + 1);
-        const std::string type = text.key.rowId ? "int8" : text.key.types[i];
-        arrays += (i == 0 ? "$" : ", $") + number + "::" + type + "[]";
+        arrays += (i == 0 ? "$" : ", $") + number + "::" + text.key.types[i] + "[]";
         names += 'k' + number + ", ";
         inner += (i == 0 ? " WHERE " : " AND ") + alias + text.key.columns[i] +
                  " = \"row keys\".k" + number;
@@ -349,20 +387,20 @@ void PostgresqlDriver::readBlock(const KeyedText& text, RowKeys& keys, size_t fi
     lengthOf.resize(block.columns()); // the version has none
     const int own = static_cast<int>(block.columns());
     std::string scratch;
-    size_t i = 0;
+    PlacesByKey byKey;
+    if (q.byKey)
+        byKey = PlacesByKey(keys, first, places.size());
     for (int r = 0; r < PQntuples(result.get()); ++r) {
-        const int64_t place = fields.value(result.get(), r, q.place, scratch).integer;
-        if (q.range) {
-            while (i < places.size() && keys.packed(first + i) < place)
-                ++i;
-            if (i == places.size() || keys.packed(first + i) != place)
+        const int64_t where = fields.value(result.get(), r, q.place, scratch).integer;
+        const auto here = static_cast<int>(block.rows());
+        if (q.byKey) {
+            if (!byKey.take(where, here, places))
                 continue;
         } else {
-            i = static_cast<size_t>(place) - 1;
-            if (i >= places.size())
+            if (where < 1 || static_cast<size_t>(where) > places.size())
                 continue;
+            places[static_cast<size_t>(where) - 1] = here;
         }
-        places[i] = static_cast<int>(block.rows());
         block.beginRow();
         for (int c = 0; c < own; ++c) {
             Value value = fields.value(result.get(), r, c, scratch);
