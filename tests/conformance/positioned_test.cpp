@@ -366,6 +366,24 @@ TEST_P(RowStatements, WhatTriggersMadeOfTheRowIsShown)
     EXPECT_EQ(stored("SELECT a, n FROM t ORDER BY id"), (Texts{"one|7", "newer|9", "three|7"}));
 }
 
+TEST_P(RowStatements, RowsThatTookOverKeysOfOthersAreFoundInAnyOrder)
+{
+    stand(cursor, "SELECT id, a, b, d, n FROM t ORDER BY a DESC"); // two, three, one
+    cursor.fetch(FetchAbsolute, 1);
+    EXPECT_EQ(set("id", "50"), 0);
+    cursor.fetch(FetchAbsolute, 3);
+    EXPECT_EQ(set("id", "2"), 0);
+    cursor.fetch(FetchAbsolute, 2);
+    EXPECT_EQ(set("id", "-7"), 0);
+    change("UPDATE t SET n = id"); // read again, by the new keys
+    Texts read;
+    for (int row = 1; row <= 3; ++row) {
+        cursor.fetch(FetchAbsolute, row);
+        read.push_back(text(cursor, 1) + ' ' + text(cursor, 2) + ' ' + text(cursor, 5));
+    }
+    EXPECT_EQ(read, (Texts{"50 two 50", "-7 three -7", "2 one 2"}));
+}
+
 TEST_P(RowStatements, ValuesComeFromParameters)
 {
     DorStatement statement;
