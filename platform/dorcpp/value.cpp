@@ -487,9 +487,17 @@ bool deliverPlain(const RowBlock& block, const RowBlock::Cell& cell, int clientT
     }
     case Value::Real:
         return clientType == TypeDouble && capacity == sizeof cell.real && put(cell.real);
-    case Value::Text: // ASCII is the same in every set
-        if (!isNarrowText(clientType) || cell.length >= capacity || !block.isWhole(cell) ||
-            !copyPlain(block.bytes(cell), cell.length, to))
+    case Value::Text:
+        if (!block.isWhole(cell))
+            return false;
+        if (clientType == TypeDate) {
+            int64_t micros = 0;
+            return capacity == sizeof micros &&
+                   dateFromText({block.bytes(cell), cell.length}, micros) == ValueState::Exact &&
+                   put(micros);
+        }
+        if (!isNarrowText(clientType) || cell.length >= capacity ||
+            !copyPlain(block.bytes(cell), cell.length, to)) // ASCII is the same in every set
             return false;
         to[cell.length] = 0;
         length = cell.length;

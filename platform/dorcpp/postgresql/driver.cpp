@@ -95,7 +95,7 @@ public:
         }
         m_result.rows->beginRow();
         for (int i = 0; i < m_fields->columns(); ++i)
-            addValue(m_fields->value(row, 0, i, m_own), *m_result.rows);
+            m_fields->add(row, 0, i, *m_result.rows, m_own);
     }
 
 private:

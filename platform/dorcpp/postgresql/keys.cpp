@@ -403,12 +403,14 @@ void PostgresqlDriver::readBlock(const KeyedText& text, RowKeys& keys, size_t fi
         }
         block.beginRow();
         for (int c = 0; c < own; ++c) {
-            Value value = fields.value(result.get(), r, c, scratch);
-            const int at = lengthOf[static_cast<size_t>(c)];
-            if (at != 0 && !PQgetisnull(result.get(), r, at)) {
-                std::string none;
-                value.length = static_cast<size_t>(valueAt(result.get(), r, at, none).integer);
+            const int length = lengthOf[static_cast<size_t>(c)];
+            if (length == 0 || PQgetisnull(result.get(), r, length)) {
+                fields.add(result.get(), r, c, block, scratch);
+                continue;
             }
+            Value value = fields.value(result.get(), r, c, scratch); // the head of a long one
+            std::string none;
+            value.length = static_cast<size_t>(valueAt(result.get(), r, length, none).integer);
             addValue(value, block);
         }
     }

@@ -87,8 +87,11 @@ Fields::Fields(const PGresult* result)
 {
     const int columns = PQnfields(result);
     m_forms.reserve(static_cast<size_t>(columns));
-    for (int i = 0; i < columns; ++i)
-        m_forms.push_back({PQftype(result, i), PQfformat(result, i) == 1});
+    for (int i = 0; i < columns; ++i) {
+        const Oid type = PQftype(result, i);
+        const bool binary = PQfformat(result, i) == 1;
+        m_forms.push_back({type, binary, plainForm(type, binary)});
+    }
 }
 
 Value Fields::value(const PGresult* result, int row, int column, std::string& own) const

@@ -32,11 +32,26 @@ public:
     int columns() const { return static_cast<int>(m_forms.size()); }
     // See valueAt. result: may be another with these columns.
     Value value(const PGresult* result, int row, int column, std::string& own) const;
+    // Adds the value as a cell. own: see valueAt.
+    template<class Target>
+    void add(const PGresult* result, int row, int column, Target& target, std::string& own) const
+    {
+        const auto length = static_cast<size_t>(PQgetlength(result, row, column));
+        if (length == 0 && PQgetisnull(result, row, column)) {
+            target.addNull();
+            return;
+        }
+        const Form& form = m_forms[static_cast<size_t>(column)];
+        const char* data = PQgetvalue(result, row, column);
+        if (!addPlain(form.plain, data, length, target))
+            addValue(valueOf({form.type, form.binary, data, length}, own), target);
+    }
 
 private:
     struct Form {
         Oid type;
         bool binary;
+        PlainForm plain;
     };
     std::vector<Form> m_forms;
 };

@@ -10,8 +10,6 @@
 #include <limits>
 #include <string_view>
 
-#include <endian.h>
-
 #include <dorcpp/types.h>
 
 namespace DorCPP::Postgresql {
@@ -39,19 +37,6 @@ ColumnType numericType(int modifier)
     // sign, point, a leading zero and the end
     return {TypeDecimal,
             std::max(precision, 30) + std::max(scale - precision, 0) + std::max(-scale, 0) + 10};
-}
-
-template<class T>
-T bigEndian(const char* data)
-{
-    T value;
-    std::memcpy(&value, data, sizeof value);
-    if constexpr (sizeof value == 2)
-        return static_cast<T>(be16toh(static_cast<uint16_t>(value)));
-    else if constexpr (sizeof value == 4)
-        return static_cast<T>(be32toh(static_cast<uint32_t>(value)));
-    else
-        return static_cast<T>(be64toh(static_cast<uint64_t>(value)));
 }
 
 Value integerValue(int64_t integer)
@@ -468,6 +453,28 @@ bool hasBinaryForm(Oid type)
         return true;
     default:
         return binarySize(type) != 0;
+    }
+}
+
+PlainForm plainForm(Oid type, bool binary)
+{
+    if (!binary)
+        return PlainForm::None;
+    switch (type) {
+    case Int4Type:
+        return PlainForm::Integer4;
+    case Int8Type:
+        return PlainForm::Integer8;
+    case Float8Type:
+        return PlainForm::Real8;
+    case TextType:
+    case VarcharType:
+    case BpcharType:
+        return PlainForm::Text;
+    case ByteaType:
+        return PlainForm::Bytes;
+    default:
+        return PlainForm::None;
     }
 }
 

@@ -1,8 +1,13 @@
 // Column types and values of the server.
 #pragma once
 
+#include <bit>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <string>
+
+#include <endian.h>
 
 #include <dorcpp/rowblock.h>
 #include <libpq-fe.h>
@@ -71,6 +76,53 @@ struct Field {
 // The value of a field. Its bytes lie in the field or in own, and stay valid as long as both do.
 // Dates become ISO text, as the server writes them.
 Value valueOf(const Field& field, std::string& own);
+
+// A number as the server sends it.
+template<class T>
+T bigEndian(const char* data)
+{
+    T value;
+    std::memcpy(&value, data, sizeof value);
+    if constexpr (sizeof value == 2)
+        return static_cast<T>(be16toh(static_cast<uint16_t>(value)));
+    else if constexpr (sizeof value == 4)
+        return static_cast<T>(be32toh(static_cast<uint32_t>(value)));
+    else
+        return static_cast<T>(be64toh(static_cast<uint64_t>(value)));
+}
+
+// Forms of fields that become cells as they come.
+enum class PlainForm : uint8_t { None, Integer4, Integer8, Real8, Text, Bytes };
+PlainForm plainForm(Oid type, bool binary);
+
+// Adds a field of such a form; false when it is of another size.
+template<class Target>
+bool addPlain(PlainForm form, const char* data, size_t length, Target& target)
+{
+    switch (form) {
+    case PlainForm::Integer4:
+        if (length == 4)
+            target.addInteger(bigEndian<int32_t>(data));
+        return length == 4;
+    case PlainForm::Integer8:
+        if (length == 8)
+            target.addInteger(bigEndian<int64_t>(data));
+        return length == 8;
+    case PlainForm::Real8:
+        if (length == 8)
+            target.addReal(std::bit_cast<double>(bigEndian<uint64_t>(data)));
+        return length == 8;
+    case PlainForm::Text:
+        target.addBytes(Value::Text, data, length);
+        return true;
+    case PlainForm::Bytes:
+        target.addBytes(Value::Blob, data, length);
+        return true;
+    case PlainForm::None:
+        break;
+    }
+    return false;
+}
 
 // Adds a value as a cell.
 template<class Target>
