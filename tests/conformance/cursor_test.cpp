@@ -180,6 +180,41 @@ TEST_P(Cursors, ALongValueIsReadInPieces)
     }
 }
 
+TEST_P(Cursors, PiecesReadAheadAreNotShownOnceTheValueHasChanged)
+{
+    execute("CREATE TABLE long(id INTEGER PRIMARY KEY, v " + bytesType() + ")");
+    execute("INSERT INTO long VALUES(1, NULL), (2, NULL)");
+    execute("SELECT id, v FROM long");
+    const auto write = [&](DorCursor& c, int row, char fill) {
+        c.fetch(FetchAbsolute, row);
+        c.clearBlob(2);
+        c.appendBlob(2, std::string(9'000'000, fill).data(), 9'000'000);
+        c.getBlobLen(2);
+    };
+    const auto at = [&](int64_t offset) {
+        char byte = 0;
+        cursor.getBlob(2, offset, &byte, 1);
+        return byte;
+    };
+    write(cursor, 1, 'a');
+    write(cursor, 2, 'b');
+    EXPECT_EQ(at(0), 'b');
+    EXPECT_EQ(at(1'048'570), 'b');
+    cursor.fetch(FetchAbsolute, 1);
+    EXPECT_EQ(at(1'048'571), 'a');
+    EXPECT_EQ(at(1'048'572), 'a');
+    EXPECT_EQ(at(8'999'999), 'a');
+    write(cursor, 1, 'c');
+    EXPECT_EQ(at(8'999'998), 'c');
+    EXPECT_EQ(at(3'000'000), 'c');
+    Client other(place);
+    other.execute("SELECT id, v FROM long");
+    write(other.cursor, 1, 'd');
+    execute("SELECT id, v FROM long");
+    cursor.fetch(FetchAbsolute, 1);
+    EXPECT_EQ(at(3'000'001), 'd');
+}
+
 TEST_P(Cursors, ALargeObjectIsReplacedAndAppended)
 {
     execute("CREATE TABLE blobs(id INTEGER PRIMARY KEY, v " + bytesType() + ", s VARCHAR(20))");

@@ -11,6 +11,7 @@
 
 #include <dorcpp/dorx.h>
 #include <dorcpp/driver.h>
+#include <dorcpp/piecebuffer.h>
 #include <dorcpp/postgresql/statement.h>
 
 namespace DorCPP::Postgresql {
@@ -74,16 +75,6 @@ private:
         uint64_t changes = 0;
         std::chrono::steady_clock::time_point sent;
     };
-    // The latest piece of a long value.
-    struct Piece {
-        unsigned long serial = 0;
-        std::string sql;
-        std::vector<std::string> values;
-        uint64_t changes = 0;
-        uint64_t offset = 0;
-        std::string bytes;
-    };
-
     void configure();
     const Prepared& kept(const std::string& sql) { return m_cache.get(*m_link, sql); }
     void again(const std::function<void()>& attempt);
@@ -116,7 +107,8 @@ private:
     // Statements that may have changed rows, through this connection and those beside it.
     std::shared_ptr<std::atomic<uint64_t>> m_changes;
     Ahead m_ahead;
-    Piece m_piece;
+    PieceBuffer m_piece;
+    unsigned long m_pieceSerial = 0; // nothing was sent since
 };
 
 } // namespace DorCPP::Postgresql

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstring>
 #include <set>
 #include <utility>
 
@@ -24,7 +23,6 @@ constexpr size_t smallBlock = 64; // rows
 constexpr size_t largeBlock = 512;
 constexpr size_t maxAheadBytes = 96 << 10; // what waits in the sockets' buffers blocks nobody
 constexpr std::chrono::milliseconds maxAheadAge{500};
-constexpr uint64_t pieceSize = 1 << 20; // bytes read at once of a long value
 
 void appendElement(std::string& array, const Parameter& part)
 {
@@ -461,15 +459,6 @@ void PostgresqlDriver::askAhead(const KeyedText& text, RowKeys& keys, size_t fir
 size_t PostgresqlDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                                    uint64_t offset, void* buffer, size_t size)
 {
-    const auto copyPiece = [&] {
-        const uint64_t from = offset - m_piece.offset;
-        if (from >= m_piece.bytes.size())
-            return size_t(0);
-        const size_t n = std::min<size_t>(size, m_piece.bytes.size() - from);
-        std::memcpy(buffer, m_piece.bytes.data() + from, n);
-        return n;
-    };
-    std::string sql;
     again([&] {
         const Oid type = kept(plainText(text)).columns.at(column).type;
         std::string names;
@@ -477,24 +466,23 @@ size_t PostgresqlDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t 
             names += (i == 0 ? "c" : ", c") + std::to_string(i);
         const std::string value = "\"rows\".c" + std::to_string(column);
         const int next = static_cast<int>(text.key.columns.size()) + 1;
-        sql = "SELECT substring(" +
-              (type == ByteaType ? value : "convert_to(" + value + "::text, 'UTF8')") + ", $" +
-              std::to_string(next) + "::int4, $" + std::to_string(next + 1) + "::int4) FROM (" +
-              plainText(text) +
-              whereKeyText(SqlDialect::Postgresql, text.key.columns, text.alias + '.', 1) +
-              ") AS \"rows\"(" + names + ')';
+        const std::string sql =
+            "SELECT substring(" +
+            (type == ByteaType ? value : "convert_to(" + value + "::text, 'UTF8')") + ", $" +
+            std::to_string(next) + "::int4, $" + std::to_string(next + 1) + "::int4) FROM (" +
+            plainText(text) +
+            whereKeyText(SqlDialect::Postgresql, text.key.columns, text.alias + '.', 1) +
+            ") AS \"rows\"(" + names + ')';
         Values values(next + 1);
         setKey(values, 1, keys, row);
-        const std::vector<std::string> asked = values.own();
-        const bool held = m_piece.serial == m_link->serial() && m_piece.sql == sql &&
-                          m_piece.values == asked && m_piece.changes == *m_changes &&
-                          offset >= m_piece.offset &&
-                          offset + size <= m_piece.offset + m_piece.bytes.size();
-        if (held)
+        std::string name = std::to_string(*m_changes) + ' ' + sql; // tells the value from others
+        for (const std::string& part : values.own())
+            name += ' ' + std::to_string(part.size()) + ' ' + part;
+        if (m_pieceSerial == m_link->serial() && m_piece.holds(name, offset, size))
             return;
-        m_piece = Piece();
+        const size_t asked = m_piece.sizeFor(name, offset, size);
         values.set(next, numberText(static_cast<int64_t>(offset) + 1));
-        values.set(next + 1, numberText(static_cast<int64_t>(std::max<uint64_t>(size, pieceSize))));
+        values.set(next + 1, numberText(static_cast<int64_t>(asked)));
         Savepoint look(*m_link);
         const Prepared& statement = kept(sql);
         m_link->sendPrepared(statement.name, values, true);
@@ -502,14 +490,10 @@ size_t PostgresqlDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t 
         look.release();
         if (PQntuples(result.get()) == 0)
             throw makeError(CodeRowGone);
-        m_piece.bytes = textAt(result.get(), 0, 0);
-        m_piece.sql = sql;
-        m_piece.values = asked;
-        m_piece.offset = offset;
-        m_piece.changes = *m_changes;
-        m_piece.serial = m_link->serial();
+        m_piece.put(name, offset, textAt(result.get(), 0, 0), asked);
+        m_pieceSerial = m_link->serial();
     });
-    return copyPiece();
+    return m_piece.copy(offset, buffer, size);
 }
 
 } // namespace DorCPP::Postgresql

@@ -62,6 +62,17 @@ Mark markOf(const SqlText& s, const std::string& sql, size_t i)
     return str[0] == '?' ? Mark::Next : Mark::None;
 }
 
+// Whether a text or blob is sent in its text form.
+bool isSentAsText(const Value& value, Oid type)
+{
+    if (value.held > maxValue)
+        throw makeError(CodeTooBig);
+    const bool plain = value.kind == Value::Text && type != ByteaType;
+    if (plain && contains(value.bytes(), '\0'))
+        throw makeError(CodeBadBind, OviAPI::Phrase::DbDetailZeroInText);
+    return plain;
+}
+
 int numberIn(std::string_view digits)
 {
     int number = 0;
@@ -186,16 +197,26 @@ void Values::set(int number, const Value& value, Oid type)
     }
     case Value::Text:
     case Value::Blob: {
-        if (value.held > maxValue)
-            throw makeError(CodeTooBig);
-        const bool plain = value.kind == Value::Text && type != ByteaType;
-        if (plain && contains(value.bytes(), '\0'))
-            throw makeError(CodeBadBind, OviAPI::Phrase::DbDetailZeroInText);
+        const bool plain = isSentAsText(value, type);
         set(number, std::string(value.bytes()));
         m_formats[static_cast<size_t>(number) - 1] = plain ? 0 : 1;
         break;
     }
     }
+}
+
+void Values::setOutside(int number, const Value& value, Oid type)
+{
+    const bool alike = type == TextType || type == VarcharType || type == BpcharType;
+    if (isSentAsText(value, type) && !alike) { // its end must be marked, which takes a copy
+        set(number, value, type);
+        return;
+    }
+    set(number, std::string());
+    const auto i = static_cast<size_t>(number) - 1;
+    m_data[i] = value.data;
+    m_lengths[i] = static_cast<int>(value.held);
+    m_formats[i] = 1;
 }
 
 struct Canceller::Shared {
@@ -557,7 +578,11 @@ Values Prepared::values(const Parameters& parameters) const
     Values values(static_cast<int>(parameterTypes.size()));
     for (const auto& [number, parameter] : parameters) {
         const auto i = static_cast<size_t>(number) - 1;
-        values.set(number, valueOf(parameter), i < parameterTypes.size() ? parameterTypes[i] : 0);
+        const Oid type = i < parameterTypes.size() ? parameterTypes[i] : 0;
+        if (parameter.outside.data())
+            values.setOutside(number, valueOf(parameter), type);
+        else
+            values.set(number, valueOf(parameter), type);
     }
     return values;
 }

@@ -99,6 +99,9 @@ public:
     // statement does not have, and for a text with a zero in it, which the server cannot store.
     void set(int number, const Value& value, Oid type = 0);
     void set(int number, std::string text);
+    // The same for a text or blob whose bytes outlive this object: they are not copied, as far as
+    // the server takes them as they are.
+    void setOutside(int number, const Value& value, Oid type);
 
     int count() const { return static_cast<int>(m_data.size()); }
     // The texts of the values.

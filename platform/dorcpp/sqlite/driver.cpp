@@ -1,7 +1,6 @@
 #include <dorcpp/sqlite/driver.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include <strings.h>
 
@@ -9,6 +8,7 @@
 #include <dorcpp/sqlite/errors.h>
 #include <dorcpp/sqlite/keys.h>
 #include <dorcpp/sqlite/types.h>
+#include <dorcpp/value.h>
 
 namespace DorCPP {
 
@@ -352,10 +352,40 @@ void SqliteDriver::readSingly(const KeyedText& text, RowKeys& keys, size_t first
     }
 }
 
+// What tells a value from all others, and from what it was before a change.
+std::string SqliteDriver::valueName(const KeyedText& text, RowKeys& keys, size_t row, size_t column)
+{
+    Use version(m_db.get(), m_cache.get("PRAGMA data_version")); // of other connections
+    version.step();
+    std::string name = std::to_string(sqlite3_column_int64(version.get(), 0)) + ' ' +
+                       std::to_string(sqlite3_total_changes64(m_db.get())) + ' ' +
+                       std::to_string(column) + ' ' + rowText(text);
+    for (size_t i = 0; i < keys.columns(); ++i) {
+        const Parameter part = keys.part(row, i);
+        name += ' ' + std::to_string(part.kind) + ' ' + std::to_string(part.integer) + ' ' +
+                numberText(part.real) + ' ' + std::to_string(part.bytes.size()) + ' ' + part.bytes;
+    }
+    return name;
+}
+
 size_t SqliteDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                                uint64_t offset, void* buffer, size_t size)
 {
+    const std::string name = valueName(text, keys, row, column);
+    if (!m_piece.holds(name, offset, size)) {
+        const size_t asked = m_piece.sizeFor(name, offset, size);
+        m_piece.put(name, offset, bytesOf(text, keys, row, column, offset, asked), asked);
+    }
+    return m_piece.copy(offset, buffer, size);
+}
+
+std::string SqliteDriver::bytesOf(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
+                                  uint64_t offset, size_t size)
+{
     const ColumnInfo& info = text.columns[column];
+    const auto sizeWithin = [&](uint64_t whole) {
+        return offset < whole ? std::min<size_t>(size, whole - offset) : 0;
+    };
     if (text.key.rowId && m_utf8 && !info.table.empty()) {
         sqlite3_blob* handle = nullptr;
         const int opened = sqlite3_blob_open(m_db.get(), info.owner.c_str(), info.table.c_str(),
@@ -363,14 +393,12 @@ size_t SqliteDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row,
         const std::unique_ptr<sqlite3_blob, int (*)(sqlite3_blob*)> blob(handle,
                                                                          sqlite3_blob_close);
         if (opened == SQLITE_OK) {
-            const auto whole = static_cast<uint64_t>(sqlite3_blob_bytes(handle));
-            if (offset >= whole)
-                return 0;
-            const size_t n = std::min<size_t>(size, whole - offset);
-            if (sqlite3_blob_read(handle, buffer, static_cast<int>(n), static_cast<int>(offset)) !=
-                SQLITE_OK)
+            std::string bytes(sizeWithin(static_cast<uint64_t>(sqlite3_blob_bytes(handle))), 0);
+            if (!bytes.empty() &&
+                sqlite3_blob_read(handle, bytes.data(), static_cast<int>(bytes.size()),
+                                  static_cast<int>(offset)) != SQLITE_OK)
                 throw lastError(m_db.get());
-            return n;
+            return bytes;
         }
         if (codeOf(opened) != CodeSqlText) // else a value or table that has no such access
             throw lastError(m_db.get());
@@ -384,12 +412,9 @@ size_t SqliteDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row,
     const bool isText = sqlite3_column_type(use.get(), i) == SQLITE_TEXT;
     const void* bytes =
         isText ? sqlite3_column_text(use.get(), i) : sqlite3_column_blob(use.get(), i);
-    const auto whole = static_cast<uint64_t>(sqlite3_column_bytes(use.get(), i));
-    if (!bytes || offset >= whole)
-        return 0;
-    const size_t n = std::min<size_t>(size, whole - offset);
-    std::memcpy(buffer, static_cast<const char*>(bytes) + offset, n);
-    return n;
+    const size_t n = sizeWithin(static_cast<uint64_t>(sqlite3_column_bytes(use.get(), i)));
+    return bytes && n > 0 ? std::string(static_cast<const char*>(bytes) + offset, n)
+                          : std::string();
 }
 
 void SqliteDriver::watch(const std::atomic<bool>* stop)

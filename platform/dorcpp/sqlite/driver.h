@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <dorcpp/driver.h>
+#include <dorcpp/piecebuffer.h>
 #include <dorcpp/sqlite/open.h>
 #include <dorcpp/sqlite/statement.h>
 #include <sqlite3.h>
@@ -60,11 +61,16 @@ private:
                    std::vector<int>& places);
     void readSingly(const KeyedText& text, RowKeys& keys, size_t first, RowBlock& block,
                     std::vector<int>& places);
+    std::string valueName(const KeyedText& text, RowKeys& keys, size_t row, size_t column);
+    // A piece of a long value; empty behind its end.
+    std::string bytesOf(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
+                        uint64_t offset, size_t size);
 
     Target m_target;
     Connection m_db;
     bool m_utf8;            // texts lie in the database as UTF-8
     StatementCache m_cache; // goes before the connection
+    PieceBuffer m_piece;
     const std::atomic<bool>* m_stop = nullptr;
     std::chrono::steady_clock::time_point m_lockedSince;
 };
