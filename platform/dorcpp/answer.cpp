@@ -146,6 +146,12 @@ Answer executeStatement(const std::shared_ptr<Session>& session, Driver& driver,
 
 void changeRow(Session& session, Driver& driver, const StatementText& statement, Answer& answer)
 {
+    if (statement.prepared && answer.latest.source == statement.sql.source()) {
+        answer.rows->modify({answer.latest.text, statement.parameters, answer.latest.deletes},
+                            driver);
+        answer.changed = 1;
+        return;
+    }
     const PositionedText positioned = readPositioned(statement.sql);
     const KeyedText* keyed = answer.rows->keyedText();
     if (!keyed || !isGuarded(*keyed))
@@ -153,12 +159,16 @@ void changeRow(Session& session, Driver& driver, const StatementText& statement,
     const SqlDialect dialect = statement.sql.dialect();
     RowStatement change;
     change.text = positioned.textFor(targetName(*keyed, positioned, dialect));
-    if (auto other = translation(session, driver, SqlText(change.text, dialect)))
+    auto other = translation(session, driver, SqlText(change.text, dialect));
+    const bool asGiven = !other;
+    if (other)
         change.text = std::move(*other);
     change.parameters = statement.parameters;
     change.deletes = positioned.deletes;
     answer.rows->modify(change, driver);
     answer.changed = 1;
+    if (statement.prepared && asGiven)
+        answer.latest = {statement.sql.source(), std::move(change.text), change.deletes};
 }
 
 std::string engineText(Session& session, Driver& driver, const SqlText& sql)

@@ -10,10 +10,18 @@
 
 namespace DorCPP {
 
+// A positioned statement as the engine gets it.
+struct PositionedChange {
+    std::string source; // as it was given; empty: none
+    std::string text;   // without its WHERE clause
+    bool deletes = false;
+};
+
 struct Answer {
     std::vector<ColumnInfo> columns;
     std::unique_ptr<RowSource> rows; // null: the statement gave none
     int64_t changed = 0;
+    PositionedChange latest; // of the prepared ones, when nothing in it had to be translated
 };
 
 // A statement (UTF-8) with its values.

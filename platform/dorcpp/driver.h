@@ -70,6 +70,23 @@ struct RowStatement {
     bool deletes = false;
 };
 
+// How an engine sends such a statement, and what it found out for that. Kept with the rows of an
+// answer, it saves a statement like the one before the same work. It holds nothing of a connection.
+struct ChangePlan {
+    virtual ~ChangePlan() = default;
+};
+
+// The row that a statement is for.
+struct SeenRow {
+    const RowBlock& block; // holds it as it was read
+    size_t place;
+    // Whether no statement of the session, nor of a transaction that was open meanwhile, can have
+    // changed it since.
+    bool isSettled;
+    RowBlock& now;                     // empty, for the row as the statement leaves it
+    std::unique_ptr<ChangePlan>& plan; // null: none yet
+};
+
 // A column of a table, for statements that give it a value.
 struct TableColumn {
     std::string name;
@@ -134,11 +151,12 @@ public:
     // Reads a piece of a text (as UTF-8) or blob of one row; CodeRowGone.
     virtual size_t readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                              uint64_t offset, void* buffer, size_t size) = 0;
-    // Executes a statement for one row, if the row still holds what was read: the row at `place` of
-    // the block. Then the key is replaced by what the statement made of it, or dropped.
-    // CodeRowGone, CodeRowChanged; in neither case anything was changed.
+    // Executes a statement for one row, if the row still holds what was seen of it. Then the key is
+    // replaced by what the statement made of it, or dropped. seen.now gets the changed row, unless
+    // anything else, such as a trigger, may have changed it behind the statement: it stays empty
+    // then. CodeRowGone, CodeRowChanged; in neither case anything was changed.
     virtual void modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
-                           const RowStatement& statement, const RowBlock& seen, size_t place) = 0;
+                           const RowStatement& statement, const SeenRow& seen) = 0;
 
     // Statements end with CodeCancelled when the flag becomes true; null: no flag.
     virtual void watch(const std::atomic<bool>* stop) = 0;

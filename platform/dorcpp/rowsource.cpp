@@ -64,6 +64,7 @@ KeyedRows::KeyedRows(std::shared_ptr<Session> session, KeyedText text, RowKeys k
     const size_t width = m_text.columns.size() + (m_text.key.version.empty() ? 0 : 1);
     for (Block& block : m_blocks)
         block.rows = RowBlock(width);
+    m_changed = RowBlock(width);
 }
 
 bool KeyedRows::use(int64_t row)
@@ -118,6 +119,7 @@ void KeyedRows::load(int64_t row, Driver& driver)
     places.assign(static_cast<size_t>(size), -1);
     block.first = first;
     block.changes = m_session->changes();
+    block.settled = !driver.inTransaction();
     driver.readRows(m_text, m_keys, static_cast<size_t>(first), block.rows, places);
     if (row >= first + static_cast<int64_t>(places.size())) { // long rows: begin at the wanted one
         block.rows.clear();
@@ -163,16 +165,23 @@ void KeyedRows::modify(const RowStatement& statement, Driver& driver)
 {
     if (!isThere())
         throw makeError(CodeRowGone);
+    m_changed.clear();
+    const bool inTransaction = driver.inTransaction();
+    const bool isSettled =
+        m_current->settled && !inTransaction && m_current->changes == m_session->changes();
     try {
-        driver.modifyRow(m_text, m_keys, static_cast<size_t>(m_row), statement, m_current->rows,
-                         static_cast<size_t>(m_place));
+        driver.modifyRow(
+            m_text, m_keys, static_cast<size_t>(m_row), statement,
+            {m_current->rows, static_cast<size_t>(m_place), isSettled, m_changed, m_plan});
     } catch (const DorX& x) {
         if (x.code() == CodeRowChanged || x.code() == CodeRowGone) {
             m_current->changes = outdated;
             forgetCopies();
+            m_plan = nullptr; // what it knows of the table may be old
         }
         throw;
     }
+    m_current->settled = m_current->settled && !inTransaction;
     const uint64_t changes = m_session->countChange();
     for (Block& block : m_blocks) {
         if (block.changes == changes - 1)
@@ -181,6 +190,10 @@ void KeyedRows::modify(const RowStatement& statement, Driver& driver)
     forgetCopies();
     if (statement.deletes) {
         setPlace(-1);
+        return;
+    }
+    if (m_changed.rows() > 0) {
+        replaceRow(m_changed, 0);
         return;
     }
     try {
@@ -197,6 +210,7 @@ bool KeyedRows::refresh()
     const Session::Use driver(*m_session);
     driver->probe(); // an answer that was asked for ahead is not new
     standNowhere();
+    m_current->settled = m_current->settled && !driver->inTransaction();
     readAnew(*driver);
     forgetCopies();
     return m_place >= 0;
@@ -217,7 +231,13 @@ void KeyedRows::readAnew(Driver& driver)
     RowBlock row(m_current->rows.columns());
     std::vector<int> places(1, -1);
     driver.readRows(m_text, m_keys, static_cast<size_t>(m_row), row, places);
-    setPlace(places[0] < 0 ? -1 : copyRow(row, static_cast<size_t>(places[0]), m_current->rows));
+    replaceRow(row, places[0]);
+}
+
+// place: of the row in `from`, -1 where it has gone.
+void KeyedRows::replaceRow(const RowBlock& from, int place)
+{
+    setPlace(place < 0 ? -1 : copyRow(from, static_cast<size_t>(place), m_current->rows));
     m_current->places[static_cast<size_t>(m_row - m_current->first)] = m_place;
 }
 

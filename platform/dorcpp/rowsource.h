@@ -87,8 +87,9 @@ private:
 // What guards a change is what the row was when it was sought last, so a row is never read anew
 // behind the back of who has seen it: only seek reads, again when the session has changed rows
 // since the block was read (its own statements, not another session's). A change through modify
-// leaves all other rows as they were read; only the changed one is read anew, so that what the
-// engine made of it is seen. A change that was refused because the row is not what was read lets
+// leaves all other rows as they were read; only the changed one is taken from the statement or,
+// where something else may have changed it too, read anew, so that what the engine made of it is
+// seen. A change that was refused because the row is not what was read lets
 // the next seek read.
 class KeyedRows final : public RowSource {
 public:
@@ -114,6 +115,7 @@ private:
         RowBlock rows;
         uint64_t lastUse = 0;
         uint64_t changes = 0; // the session's count when the block was read
+        bool settled = false; // everything in it was read outside a transaction
 
         int64_t end() const { return first + static_cast<int64_t>(places.size()); }
         bool holds(int64_t row) const { return row >= first && row < end(); }
@@ -122,6 +124,7 @@ private:
     void load(int64_t row, Driver& driver);
     bool use(int64_t row);
     void readAnew(Driver& driver);
+    void replaceRow(const RowBlock& from, int place);
     void forgetCopies();
     void setPlace(int place);
 
@@ -132,6 +135,8 @@ private:
     std::shared_ptr<Session> m_session;
     KeyedText m_text;
     RowKeys m_keys;
+    std::unique_ptr<ChangePlan> m_plan; // of the latest change
+    RowBlock m_changed;                 // the row that it left
     int64_t m_count;
     std::array<Block, 4> m_blocks;
     Block* m_current;

@@ -191,12 +191,12 @@ size_t SessionDriver::readPiece(const KeyedText& text, RowKeys& keys, size_t row
 }
 
 void SessionDriver::modifyRow(const KeyedText& text, RowKeys& keys, size_t row,
-                              const RowStatement& statement, const RowBlock& seen, size_t place)
+                              const RowStatement& statement, const SeenRow& seen)
 {
     send(
         MonitorPurpose::Change, [&] { return statement.text; },
         [&](int64_t& rows) {
-            m_driver->modifyRow(text, keys, row, statement, seen, place);
+            m_driver->modifyRow(text, keys, row, statement, seen);
             rows = 1;
         });
 }

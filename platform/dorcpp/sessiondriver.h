@@ -44,7 +44,7 @@ public:
     size_t readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                      uint64_t offset, void* buffer, size_t size) override;
     void modifyRow(const KeyedText& text, RowKeys& keys, size_t row, const RowStatement& statement,
-                   const RowBlock& seen, size_t place) override;
+                   const SeenRow& seen) override;
 
     void watch(const std::atomic<bool>* stop) override { m_driver->watch(stop); }
     void interrupt() noexcept override { m_driver->interrupt(); }

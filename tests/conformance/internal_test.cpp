@@ -151,11 +151,19 @@ TEST(Keys, TheValuesGuardARowWhereTheEngineCountsNoVersions)
     RowStatement statement;
     statement.text = "UPDATE " + name + " SET a = $1";
     statement.parameters = {{1, {Value::Text, 0, 0, "new"}}};
-    driver.modifyRow(text, keys, 0, statement, block, 0);
-    EXPECT_EQ(codeOf([&] { driver.modifyRow(text, keys, 0, statement, block, 0); }),
-              CodeRowChanged);
+    RowBlock now(3);
+    std::unique_ptr<ChangePlan> plan;
+    const auto modify = [&](size_t row) {
+        now.clear();
+        driver.modifyRow(text, keys, row, statement, {block, row, false, now, plan});
+    };
+    modify(0);
+    ASSERT_EQ(now.rows(), 1U);
+    EXPECT_EQ(now.value(0, 1).bytes(), "new");
+    EXPECT_EQ(now.value(0, 2).real, 0.1);
+    EXPECT_EQ(codeOf([&] { modify(0); }), CodeRowChanged);
     driver.run("DELETE FROM " + name + " WHERE id = 2", {}, false);
-    EXPECT_EQ(codeOf([&] { driver.modifyRow(text, keys, 1, statement, block, 1); }), CodeRowGone);
+    EXPECT_EQ(codeOf([&] { modify(1); }), CodeRowGone);
 }
 
 TEST(Keys, AKeyPassBeginsWithItsHeader)

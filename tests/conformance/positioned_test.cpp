@@ -1,6 +1,7 @@
 // Statements for the row that a cursor stands on, as datasets write them.
 #include <random>
 
+#include <dorcpp/monitor.h>
 #include <oviapi/text.h>
 
 #include "support.h"
@@ -86,9 +87,78 @@ protected:
     Client stranger;
 };
 
+// Counts the readings of rows while it lives.
+class Readings {
+public:
+    Readings()
+    {
+        setMonitor([this](const MonitorRecord& record) {
+            m_count += record.purpose == MonitorPurpose::Rows ? 1 : 0;
+        });
+    }
+    ~Readings() { setMonitor({}); }
+    Readings(const Readings&) = delete;
+    Readings& operator=(const Readings&) = delete;
+    int count() const { return m_count; }
+
+private:
+    std::atomic<int> m_count = 0;
+};
+
+// One prepared statement that gives a column of the cursor's row a value.
+class PreparedSet {
+public:
+    PreparedSet(DorConnect& connection, DorCursor& cursor, const std::string& column)
+        : m_cursor(cursor)
+    {
+        m_statement.create(connection, setText(cursor, column, "?").c_str(), true);
+    }
+    int operator()(const std::string& value)
+    {
+        BindMap binds;
+        binds.bind(1, {TypeVarchar, value.data(), value.size(), 0});
+        return execute(binds);
+    }
+    int operator()(int64_t value)
+    {
+        BindMap binds;
+        binds.bind(1, {TypeBigint, &value, sizeof value, 0});
+        return execute(binds);
+    }
+
+private:
+    int execute(const BindMap& binds)
+    {
+        return codeOf([&] { m_cursor.execute(m_statement, &binds); });
+    }
+    DorCursor& m_cursor;
+    DorStatement m_statement;
+};
+
+Texts rowOf(DorCursor& cursor)
+{
+    Texts row;
+    for (int i = 1; i <= cursor.columnCount(); ++i)
+        row.push_back(text(cursor, i));
+    return row;
+}
+
+// Changes of rows by prepared statements, which take the row as they leave it.
+class PreparedChanges : public RowStatements {
+protected:
+    // The row that the cursor shows is the one that a fresh cursor reads.
+    void expectShown(const char* sql)
+    {
+        Client fresh(place);
+        stand(fresh.cursor, sql);
+        EXPECT_EQ(rowOf(cursor), rowOf(fresh.cursor)) << sql;
+    }
+};
+
 } // namespace
 
 ON_BOTH_ENGINES(RowStatements);
+ON_BOTH_ENGINES(PreparedChanges);
 
 TEST_P(RowStatements, AnUpdateChangesTheRowOfTheCursorAlone)
 {
@@ -476,5 +546,227 @@ TEST_P(RowStatements, AStatementThatWaitsForAnotherSessionMeetsItsChange)
         EXPECT_EQ(waiter.status, commits ? CodeRowChanged : 0);
         EXPECT_EQ(stored(), (Texts{"one", commits ? "theirs" : "mine", "three"}));
         stand(cursor);
+    }
+}
+
+TEST_P(PreparedChanges, TheChangedRowComesWithItsStatement)
+{
+    PreparedSet set(connection, cursor, "a");
+    const Readings readings;
+    for (const std::string value : {"first", "", "third"}) {
+        ASSERT_EQ(set(value), 0);
+        EXPECT_EQ(text(cursor, 2), value);
+    }
+    EXPECT_EQ(readings.count(), 0);
+    stranger.execute("UPDATE t SET n = 12 WHERE id = 2");
+    EXPECT_EQ(set("refused"), CodeRowChanged);
+    cursor.fetch(FetchAbsolute, 2);
+    EXPECT_EQ(text(cursor, 5), "12");
+    EXPECT_EQ(set("again"), 0);
+    expectShown("SELECT id, a, b, d, n FROM t ORDER BY id");
+    stranger.execute("DELETE FROM t WHERE id = 2");
+    EXPECT_EQ(set("refused"), CodeRowGone);
+}
+
+TEST_P(PreparedChanges, WhatTriggersMadeOfTheRowIsShown)
+{
+    PreparedSet set(connection, cursor, "a");
+    EXPECT_EQ(set("before"), 0);
+    EXPECT_EQ(text(cursor, 5), "7");
+    makeTrigger(); // in the same session
+    for (const std::string number : {"8", "9"}) {
+        EXPECT_EQ(set("new" + number), 0);
+        EXPECT_EQ(text(cursor, 5), number);
+        expectShown("SELECT id, a, b, d, n FROM t ORDER BY id");
+    }
+}
+
+TEST_P(PreparedChanges, ATriggerOfAnotherSessionIsNeverLaidOver)
+{
+    PreparedSet set(connection, cursor, "a");
+    EXPECT_EQ(set("before"), 0);
+    stranger.execute(isServer() ? "CREATE FUNCTION count_up() RETURNS trigger LANGUAGE plpgsql AS "
+                                  "$$ BEGIN UPDATE t SET n = n + 1 WHERE id = NEW.id; "
+                                  "RETURN NULL; END $$"
+                                : "SELECT 1");
+    const std::string trigger = "CREATE TRIGGER up AFTER UPDATE OF a ON t ";
+    stranger.execute(trigger + (isServer()
+                                    ? "FOR EACH ROW EXECUTE FUNCTION count_up()"
+                                    : "BEGIN UPDATE t SET n = n + 1 WHERE id = NEW.id; END"));
+    EXPECT_EQ(set("first"), 0);
+    const int second = set("second");
+    EXPECT_TRUE(second == 0 || second == CodeRowChanged) << second;
+    cursor.fetch(FetchAbsolute, 2);
+    EXPECT_EQ(set("third"), 0);
+    expectShown("SELECT id, a, b, d, n FROM t ORDER BY id");
+    EXPECT_EQ(stored("SELECT a, n FROM t WHERE id = 2"),
+              Texts{second == 0 ? "third|10" : "third|9"});
+}
+
+TEST_P(PreparedChanges, AColumnComputedFromTheChangedOneIsShown)
+{
+    execute("CREATE TABLE g(id INTEGER PRIMARY KEY, a INTEGER,"
+            " twice INTEGER GENERATED ALWAYS AS (a * 2) STORED)");
+    execute("INSERT INTO g(id, a) VALUES (1, 1), (2, 2)");
+    for (const char* sql : {"SELECT id, a, twice FROM g ORDER BY id", "SELECT * FROM g"}) {
+        stand(cursor, sql);
+        PreparedSet set(connection, cursor, "a");
+        const Readings readings;
+        for (const int64_t value : {5, 6}) {
+            EXPECT_EQ(set(value), 0);
+            EXPECT_EQ(text(cursor, 3), std::to_string(2 * value));
+        }
+        EXPECT_EQ(readings.count(), 0);
+        expectShown(sql);
+    }
+}
+
+TEST_P(PreparedChanges, AChangedKeyNamesTheRowFromThenOn)
+{
+    PreparedSet setKey(connection, cursor, "id");
+    PreparedSet set(connection, cursor, "a");
+    for (const int64_t key : {20, 30}) {
+        EXPECT_EQ(setKey(key), 0);
+        EXPECT_EQ(text(cursor, 1), std::to_string(key));
+        EXPECT_EQ(set("row " + std::to_string(key)), 0);
+        EXPECT_EQ(stored("SELECT id, a FROM t WHERE id > 3"),
+                  Texts{std::to_string(key) + "|row " + std::to_string(key)});
+    }
+    EXPECT_EQ(setKey(1), CodeRefused);
+    EXPECT_EQ(text(cursor, 1), "30");
+    EXPECT_EQ(set("at last"), 0);
+    EXPECT_EQ(stored("SELECT a FROM t WHERE id = 30"), Texts{"at last"});
+}
+
+TEST_P(PreparedChanges, ListsOfAllKindsShowTheRowAsItIs)
+{
+    const char* lists[] = {"id, a, upper(a), length(a) + n",
+                           "a, a, id, a AS other",
+                           "t.*, n",
+                           "n, (SELECT max(s.n) FROM t s), id",
+                           "x.a, x.id",
+                           "CASE WHEN a = 'two' THEN 1 ELSE 0 END, n, a"};
+    for (const char* list : lists) {
+        const bool named = std::string(list) == "x.a, x.id";
+        const std::string sql =
+            "SELECT " + std::string(list) + " FROM t" + (named ? " x" : "") + " ORDER BY id";
+        stand(cursor, sql.c_str());
+        ASSERT_TRUE(cursor.isKeyed()) << list;
+        const std::string name = '"' + place.schema() + "\".\"t\"";
+        DorStatement statement;
+        statement.create(connection,
+                         ("UPDATE " + name + " SET a = ?, n = ? WHERE CURRENT OF CURSOR").c_str(),
+                         true);
+        for (const int64_t number : {40, 41}) {
+            const std::string value = "value " + std::to_string(number);
+            BindMap binds;
+            binds.bind(1, {TypeVarchar, value.data(), value.size(), 0});
+            binds.bind(2, {TypeBigint, &number, sizeof number, 0});
+            EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), 0) << list;
+            expectShown(sql.c_str());
+        }
+    }
+}
+
+TEST_P(PreparedChanges, LongValuesAreShownByTheirHeads)
+{
+    execute("CREATE TABLE l(id INTEGER PRIMARY KEY, s TEXT, b " + bytesType() + ", n INTEGER)");
+    execute("INSERT INTO l VALUES (1, '', NULL, 1), (2, '" + std::string(100'000, 'x') + "', " +
+            bytes(std::string(140'000, 'A')) + ", 2)");
+    const char* sql = "SELECT id, s, b, n FROM l ORDER BY id";
+    stand(cursor, sql);
+    PreparedSet setNumber(connection, cursor, "n");
+    PreparedSet setText(connection, cursor, "s");
+    const auto expectLengths = [&](int64_t text, int64_t blob) {
+        EXPECT_EQ(cursor.getBlobLen(2), text);
+        EXPECT_EQ(cursor.getBlobLen(3), blob);
+    };
+    const Readings readings;
+    EXPECT_EQ(setNumber(3), 0);
+    expectLengths(100'000, 70'000);
+    EXPECT_EQ(setText(std::string(90'000, 'y')), 0);
+    expectLengths(90'000, 70'000);
+    EXPECT_EQ(setText(std::string(80'000, 'z')), 0);
+    EXPECT_EQ(setNumber(4), 0);
+    expectLengths(80'000, 70'000);
+    EXPECT_EQ(setText("short"), 0);
+    expectLengths(5, 70'000);
+    EXPECT_EQ(readings.count(), 0);
+    expectShown(sql);
+}
+
+TEST_P(PreparedChanges, WhatATransactionDidMeanwhileIsShown)
+{
+    PreparedSet set(connection, cursor, "a");
+    EXPECT_EQ(set("outside"), 0);
+    change("BEGIN");
+    change("UPDATE t SET n = 50 WHERE id = 2");
+    cursor.fetch(FetchAbsolute, 2);
+    change("UPDATE t SET n = 51 WHERE id = 2");
+    change("COMMIT");
+    const int code = set("after"); // of the same version on the server, of other values elsewhere
+    EXPECT_EQ(code, isServer() ? 0 : CodeRowChanged);
+    if (code != 0) {
+        cursor.fetch(FetchAbsolute, 2);
+        EXPECT_EQ(set("after"), 0);
+    }
+    EXPECT_EQ(text(cursor, 5), "51");
+    expectShown("SELECT id, a, b, d, n FROM t ORDER BY id");
+}
+
+TEST_P(PreparedChanges, AColumnOfAnotherTypeIsNotTakenForTheOldOne)
+{
+    PreparedSet set(connection, cursor, "a");
+    EXPECT_EQ(set("one"), 0);
+    EXPECT_EQ(set("two"), 0);
+    stranger.execute(isServer() ? "ALTER TABLE t ALTER COLUMN a TYPE text"
+                                : "ALTER TABLE t RENAME COLUMN d TO e");
+    EXPECT_EQ(set("three"), isServer() ? 0 : CodeRowChanged);
+    EXPECT_EQ(stored("SELECT a FROM t WHERE id = 2"), Texts{isServer() ? "three" : "two"});
+}
+
+TEST_P(PreparedChanges, WhatAForeignKeyCarriesBackIntoTheRowIsShown)
+{
+    if (!isServer())
+        change("PRAGMA foreign_keys = ON");
+    execute("CREATE TABLE c(id INTEGER PRIMARY KEY, above INTEGER REFERENCES c(id)"
+            " ON UPDATE CASCADE)");
+    execute("INSERT INTO c VALUES (1, 1), (2, 2), (3, 3)");
+    stand(cursor, "SELECT id, above FROM c ORDER BY id");
+    PreparedSet set(connection, cursor, "id");
+    for (const int64_t key : {20, 30}) {
+        EXPECT_EQ(set(key), 0);
+        EXPECT_EQ(text(cursor, 2), std::to_string(key));
+    }
+}
+
+TEST_P(PreparedChanges, EveryKindOfValueIsShownAsItIsReadAgain)
+{
+    const std::string real = isServer() ? "DOUBLE PRECISION" : "REAL";
+    execute("CREATE TABLE k(id INTEGER PRIMARY KEY, r " + real + ", d DECIMAL(12,2), b BIGINT," +
+            " s VARCHAR(40), v " + real + ")");
+    execute("INSERT INTO k VALUES (1, 1, 1, 1, '1', 1), (2, 2, 2, 2, '2', 2)");
+    const char* sql = "SELECT id, r, d, b, s, v FROM k ORDER BY id";
+    stand(cursor, sql);
+    const std::string name = '"' + place.schema() + "\".\"k\"";
+    DorStatement statement;
+    statement.create(
+        connection,
+        ("UPDATE " + name + " SET r = ?, d = ?, b = ?, s = ? WHERE CURRENT OF CURSOR").c_str(),
+        true);
+    for (const int64_t whole : {int64_t(0), int64_t(-7), int64_t(1) << 31, int64_t(1234567890)}) {
+        const double number = static_cast<double>(whole);
+        const std::string digits = std::to_string(whole);
+        BindMap binds;
+        binds.bind(1, {TypeDouble, &number, sizeof number, 0});
+        binds.bind(2, {TypeBigint, &whole, sizeof whole, 0});
+        binds.bind(3, {TypeBigint, &whole, sizeof whole, 0});
+        binds.bind(4, {TypeVarchar, digits.data(), digits.size(), 0});
+        {
+            const Readings readings;
+            EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), 0) << whole;
+            EXPECT_EQ(readings.count(), 0);
+        }
+        expectShown(sql);
     }
 }

@@ -567,3 +567,105 @@ TEST_F(Server, ARowKnownByItsPlaceIsMissedWhenATriggerMovesItAgain)
     EXPECT_EQ(own.answer("SELECT s, n FROM g ORDER BY s"),
               (std::vector<std::string>{"b|1", "new|2"}));
 }
+
+TEST_F(Server, APreparedChangeShowsWhatTriggersMadeOfTheRow)
+{
+    const auto expectEdits = [&](const std::string& prepare, const std::string& shown) {
+        execute("DROP TABLE IF EXISTS t CASCADE");
+        execute("CREATE TABLE t(id int PRIMARY KEY, a text, n int)");
+        execute("INSERT INTO t VALUES (1, 'one', 7)");
+        execute(prepare);
+        execute("SELECT id, a, n FROM t");
+        cursor.fetch(FetchFirst, 0);
+        DorStatement statement;
+        statement.create(connection, "UPDATE t SET a = ? WHERE CURRENT OF CURSOR", true);
+        for (const std::string value : {"first", "second"}) {
+            BindMap binds;
+            binds.bind(1, {TypeVarchar, value.data(), value.size(), 0});
+            EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), 0) << prepare;
+        }
+        EXPECT_EQ(text(cursor, 2) + '|' + text(cursor, 3), shown) << prepare;
+        Client fresh(place);
+        EXPECT_EQ(fresh.answer("SELECT a, n FROM t"), std::vector<std::string>{shown}) << prepare;
+    };
+    execute("CREATE FUNCTION before_it() RETURNS trigger LANGUAGE plpgsql AS"
+            " $$ BEGIN NEW.n := NEW.n + 1; RETURN NEW; END $$");
+    execute("CREATE FUNCTION after_it() RETURNS trigger LANGUAGE plpgsql AS"
+            " $$ BEGIN UPDATE t SET n = n + 10; RETURN NULL; END $$");
+    expectEdits("CREATE TRIGGER b BEFORE UPDATE ON t FOR EACH ROW EXECUTE FUNCTION before_it()",
+                "second|9");
+    expectEdits("CREATE TRIGGER s AFTER UPDATE OF a ON t FOR EACH STATEMENT"
+                " EXECUTE FUNCTION after_it()",
+                "second|27");
+    expectEdits("CREATE CONSTRAINT TRIGGER d AFTER UPDATE OF a ON t DEFERRABLE INITIALLY DEFERRED"
+                " FOR EACH ROW EXECUTE FUNCTION after_it()",
+                "second|27");
+    expectEdits("CREATE TRIGGER none AFTER INSERT ON t FOR EACH ROW EXECUTE FUNCTION after_it()",
+                "second|7");
+}
+
+TEST_F(Server, ABeforeTriggerThatSkipsAPreparedChangeRefusesIt)
+{
+    execute("CREATE TABLE t(id int PRIMARY KEY, a text)");
+    execute("INSERT INTO t VALUES (1, 'one')");
+    execute("CREATE FUNCTION skip() RETURNS trigger LANGUAGE plpgsql AS"
+            " $$ BEGIN RETURN NULL; END $$");
+    execute("CREATE TRIGGER s BEFORE UPDATE ON t FOR EACH ROW EXECUTE FUNCTION skip()");
+    execute("SELECT id, a FROM t");
+    cursor.fetch(FetchFirst, 0);
+    DorStatement statement;
+    statement.create(connection, "UPDATE t SET a = 'new' WHERE CURRENT OF CURSOR", true);
+    EXPECT_EQ(codeOf([&] { cursor.execute(statement, nullptr); }), CodeRowChanged);
+    EXPECT_EQ(text(cursor, 2), "one");
+}
+
+TEST_F(Server, AColumnNamedInAnyWayIsShownAsItWasChanged)
+{
+    const std::string longName(63, 'l');
+    execute("CREATE TABLE t(id int PRIMARY KEY, a text, \"B\" text, " + longName + " text)");
+    execute("INSERT INTO t VALUES (1, '', '', '')");
+    const std::string sets[] = {"a = ?",
+                                "A = ?",
+                                "\"a\" = ?",
+                                "(a, \"B\") = (?1, ?1)",
+                                "(\"B\", id) = ROW(?::text, 2)",
+                                "U&\"\\0061\" = ?",
+                                "U&\"\\0042\" = ?",
+                                longName + "er = ?"};
+    for (const std::string& set : sets) {
+        execute("SELECT * FROM t");
+        cursor.fetch(FetchFirst, 0);
+        DorStatement statement;
+        statement.create(connection, ("UPDATE t SET " + set + " WHERE CURRENT OF CURSOR").c_str(),
+                         true);
+        for (const std::string value : {"first", "second"}) {
+            BindMap binds;
+            binds.bind(1, {TypeVarchar, value.data(), value.size(), 0});
+            EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), 0) << set;
+            Client fresh(place);
+            EXPECT_EQ(text(cursor, 1) + '|' + text(cursor, 2) + '|' + text(cursor, 3) + '|' +
+                          text(cursor, 4),
+                      fresh.answer("SELECT * FROM t").front())
+                << set;
+        }
+    }
+}
+
+TEST_F(Server, APreparedChangeThatMovesARowToAnotherPartitionIsFollowed)
+{
+    execute("CREATE TABLE p(id int PRIMARY KEY, a text) PARTITION BY RANGE (id)");
+    execute("CREATE TABLE p1 PARTITION OF p FOR VALUES FROM (0) TO (10)");
+    execute("CREATE TABLE p2 PARTITION OF p FOR VALUES FROM (10) TO (20)");
+    execute("INSERT INTO p VALUES (1, 'one')");
+    execute("SELECT id, a FROM p");
+    cursor.fetch(FetchFirst, 0);
+    DorStatement statement;
+    statement.create(connection, "UPDATE p SET id = ?, a = a || id WHERE CURRENT OF CURSOR", true);
+    for (const int64_t key : {11, 2}) {
+        BindMap binds;
+        binds.bind(1, {TypeBigint, &key, sizeof key, 0});
+        EXPECT_EQ(codeOf([&] { cursor.execute(statement, &binds); }), 0);
+        EXPECT_EQ(text(cursor, 1), std::to_string(key));
+    }
+    EXPECT_EQ(text(cursor, 2), "one111");
+}

@@ -110,6 +110,7 @@ PostgresqlDriver::PostgresqlDriver(const Target& target)
     : m_target(target)
     , m_link(std::make_unique<Link>(target))
     , m_changes(std::make_shared<std::atomic<uint64_t>>(0))
+    , m_definitions(std::make_shared<std::atomic<uint64_t>>(0))
 {
     configure();
 }
@@ -127,6 +128,13 @@ void PostgresqlDriver::configure()
     m_settingsLost = false;
 }
 
+void PostgresqlDriver::forgetTables()
+{
+    m_tables.clear();
+    m_facts.clear();
+    ++*m_definitions;
+}
+
 bool PostgresqlDriver::isReadOnly() const
 {
     const char* standby = PQparameterStatus(m_link->get(), "in_hot_standby");
@@ -140,6 +148,7 @@ std::unique_ptr<Driver> PostgresqlDriver::duplicate() const
     auto driver = std::make_unique<PostgresqlDriver>(target);
     driver->m_beside = true;
     driver->m_changes = m_changes;
+    driver->m_definitions = m_definitions;
     return driver;
 }
 
@@ -171,7 +180,7 @@ void PostgresqlDriver::watch(const std::atomic<bool>* stop)
     if (stop && m_beside && !m_link->listen()) { // nothing was in flight and nothing depends on it
         m_link = std::make_unique<Link>(m_target);
         m_cache.clear(false);
-        m_tables.clear();
+        forgetTables();
         configure();
     }
     m_link->watch(stop);
@@ -295,7 +304,7 @@ void PostgresqlDriver::noteEnd(const SqlText& text, const PGresult* end, Stateme
     else if (kindOf(text) == StatementKind::Define || kindOf(text) == StatementKind::SessionState)
         m_cache.clear(true);
     if (kindOf(text) != StatementKind::Query && kindOf(text) != StatementKind::Modify)
-        m_tables.clear();
+        forgetTables();
 }
 
 // What became of the statement when the connection was lost under it.
@@ -351,7 +360,7 @@ void PostgresqlDriver::again(const std::function<void()>& attempt)
             throw;
     }
     m_cache.clear(true);
-    m_tables.clear();
+    forgetTables();
     attempt();
 }
 

@@ -16,6 +16,14 @@
 
 namespace DorCPP::Postgresql {
 
+// What an update of a table does to a row, as the catalogue said a short time ago.
+struct TableFacts {
+    bool isAlone = false;   // nothing else changes the row
+    bool generates = false; // values of columns from those of others
+    std::chrono::steady_clock::time_point found;
+    uint64_t definitions = 0; // the driver's count then
+};
+
 class PostgresqlDriver final : public Driver {
 public:
     explicit PostgresqlDriver(const Target& target);
@@ -47,7 +55,7 @@ public:
     size_t readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                      uint64_t offset, void* buffer, size_t size) override;
     void modifyRow(const KeyedText& text, RowKeys& keys, size_t row, const RowStatement& statement,
-                   const RowBlock& seen, size_t place) override;
+                   const SeenRow& seen) override;
 
     void watch(const std::atomic<bool>* stop) override;
     void interrupt() noexcept override { m_link->interrupt(); }
@@ -76,6 +84,7 @@ private:
         std::chrono::steady_clock::time_point sent;
     };
     void configure();
+    void forgetTables();
     const Prepared& kept(const std::string& sql) { return m_cache.get(*m_link, sql); }
     void again(const std::function<void()>& attempt);
     Result query(const std::string& sql, const Values& values);
@@ -88,6 +97,12 @@ private:
 
     std::vector<ColumnInfo> columnInfos(const std::vector<DescribedColumn>& columns);
     void learnTables(const std::vector<DescribedColumn>& columns);
+
+    bool isFresh(const TableFacts& facts) const;
+    TableFacts factsOf(const std::vector<DescribedColumn>& columns);
+    std::vector<DescribedColumn> columnsNow(const KeyedText& text);
+    void modifyOnce(const KeyedText& text, RowKeys& keys, size_t row, const RowStatement& statement,
+                    const SeenRow& seen);
 
     void readKeyCopy(const std::string& sql, const TableKey& key, KeyList& keys);
     void readKeyRows(const std::string& sql, const Parameters& parameters, const TableKey& key,
@@ -102,10 +117,14 @@ private:
     std::unique_ptr<Link> m_link;
     StatementCache m_cache;
     std::map<Oid, TableName> m_tables;
+    std::map<Oid, TableFacts> m_facts;
     bool m_settingsLost = false;
     bool m_beside = false; // a connection that may be made anew when it was lost
     // Statements that may have changed rows, through this connection and those beside it.
     std::shared_ptr<std::atomic<uint64_t>> m_changes;
+    // The same of statements that may have changed tables.
+    std::shared_ptr<std::atomic<uint64_t>> m_definitions;
+    uint64_t m_changesAtRead = 0; // when rows were read last
     Ahead m_ahead;
     PieceBuffer m_piece;
     unsigned long m_pieceSerial = 0; // nothing was sent since

@@ -98,11 +98,6 @@ bool isClose(const RowKeys& keys, size_t first, size_t count)
            4 * count;
 }
 
-std::string plainText(const KeyedText& text)
-{
-    return "SELECT " + text.list + " FROM " + text.from;
-}
-
 void checkColumns(const std::vector<DescribedColumn>& columns, const KeyedText& text)
 {
     bool same = columns.size() == text.columns.size();
@@ -186,23 +181,19 @@ std::string outerList(const std::vector<DescribedColumn>& columns, const KeyedTe
     lengthOf.assign(columns.size(), 0);
     if (std::none_of(columns.begin(), columns.end(), isLong) || !areNamed(columns))
         return "\"rows\".*" + (place == rowKey ? "" : place);
-    const std::string limit = std::to_string(RowBlock::maxHeld);
     std::string list;
     std::string lengths;
     for (size_t i = 0; i < columns.size(); ++i) {
         const std::string name = quoteName(columns[i].label);
-        std::string value = "\"rows\"." + name;
+        const std::string value = "\"rows\"." + name;
         list += i == 0 ? "" : ", ";
         if (!isLong(columns[i])) {
             list += value;
             continue;
         }
-        if (columns[i].type != ByteaType)
-            value += "::text";
-        const std::string when = "CASE WHEN octet_length(" + value + ") > " + limit + " THEN ";
-        list +=
-            when + "substring(" + value + ", 1, " + limit + ") ELSE " + value + " END AS " + name;
-        lengths += ", " + when + "octet_length(" + value + ") END";
+        const LongValue read = longValue(value, columns[i].type);
+        list += read.head + " AS " + name;
+        lengths += ", " + read.length;
         lengthOf[i] = next++;
     }
     if (!text.key.version.empty())
@@ -216,6 +207,21 @@ const std::vector<std::string>& placeKey()
 {
     static const std::vector<std::string> key{"ctid", "xmin::text::int8"};
     return key;
+}
+
+std::string plainText(const KeyedText& text)
+{
+    return "SELECT " + text.list + " FROM " + text.from;
+}
+
+LongValue longValue(std::string value, Oid type)
+{
+    if (type != ByteaType)
+        value += "::text";
+    const std::string limit = std::to_string(RowBlock::maxHeld);
+    const std::string when = "CASE WHEN octet_length(" + value + ") > " + limit + " THEN ";
+    return {when + "substring(" + value + ", 1, " + limit + ") ELSE " + value + " END",
+            when + "octet_length(" + value + ") END"};
 }
 
 void setKey(Values& values, int firstNumber, RowKeys& keys, size_t row)
@@ -431,6 +437,10 @@ void PostgresqlDriver::readRows(const KeyedText& text, RowKeys& keys, size_t fir
             places.resize(std::max<size_t>(places.size() / 8, 1)); // long rows: fewer of them
         }
     });
+    // Where rows are changed as they are read on, what was asked ahead would be thrown away.
+    const bool changing = std::exchange(m_changesAtRead, m_changes->load()) != *m_changes;
+    if (changing)
+        return;
     const size_t next = std::min(places.size() * 2, largeBlock);
     const size_t bytes = block.heapBytes() + 8 * block.cellCount(); // about, as they are sent
     if (places.size() > smallBlock && bytes / places.size() * next <= maxAheadBytes)

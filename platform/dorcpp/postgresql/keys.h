@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <dorcpp/driver.h>
 #include <dorcpp/postgresql/statement.h>
@@ -16,5 +17,16 @@ void setKey(Values& values, int firstNumber, RowKeys& keys, size_t row);
 
 // The keys of rows as arrays, one parameter for each key column.
 void setKeyArrays(Values& values, RowKeys& keys, size_t first, size_t count);
+
+// The answer's rows without a condition.
+std::string plainText(const KeyedText& text);
+
+// What is read of a long value.
+struct LongValue {
+    std::string head;   // as much as blocks keep
+    std::string length; // in bytes; null where the head is all of it
+};
+// value: the column.
+LongValue longValue(std::string value, Oid type);
 
 } // namespace DorCPP::Postgresql

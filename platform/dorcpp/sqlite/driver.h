@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -45,16 +46,34 @@ public:
     size_t readPiece(const KeyedText& text, RowKeys& keys, size_t row, size_t column,
                      uint64_t offset, void* buffer, size_t size) override;
     void modifyRow(const KeyedText& text, RowKeys& keys, size_t row, const RowStatement& statement,
-                   const RowBlock& seen, size_t place) override;
+                   const SeenRow& seen) override;
 
     void watch(const std::atomic<bool>* stop) override;
     void interrupt() noexcept override;
 
 private:
     class ReadTransaction;
+    // A statement that changes one row, kept ready.
+    struct KeptChange {
+        std::string sql;
+        StatementPtr statement;
+        // Whether it gives the row as it is afterwards, and which columns hold real numbers: true
+        // for as long as the schema is the one that the statement was prepared with.
+        bool givesRow = false;
+        std::vector<bool> reals;
+
+        // False when the engine has prepared it anew, for another schema.
+        bool isAsPrepared() const
+        {
+            return sqlite3_stmt_status(statement.get(), SQLITE_STMTSTATUS_REPREPARE, 0) == 0;
+        }
+    };
 
     // Called while another connection has a lock; false gives up.
     bool waitForLock(int calls);
+
+    bool isChangedAlone(const KeyedText& text);
+    const KeptChange& keptChange(const KeyedText& text, const std::string& sql, bool returnsRow);
 
     void runToEnd(sqlite3_stmt* statement, const Parameters& parameters, StatementResult& result);
     void readRange(const KeyedText& text, const std::vector<int64_t>& keys, RowBlock& block,
@@ -68,8 +87,9 @@ private:
 
     Target m_target;
     Connection m_db;
-    bool m_utf8;            // texts lie in the database as UTF-8
-    StatementCache m_cache; // goes before the connection
+    bool m_utf8;                     // texts lie in the database as UTF-8
+    StatementCache m_cache;          // goes before the connection
+    std::list<KeptChange> m_changes; // the same; latest used first
     PieceBuffer m_piece;
     const std::atomic<bool>* m_stop = nullptr;
     std::chrono::steady_clock::time_point m_lockedSince;

@@ -89,6 +89,11 @@ void Use::bind(int number, const Parameter& value)
     bindValue(number, valueOf(value), SQLITE_TRANSIENT);
 }
 
+void Use::bindInPlace(int number, const Value& value)
+{
+    bindValue(number, value, SQLITE_STATIC);
+}
+
 void Use::bind(const Parameters& parameters)
 {
     for (const auto& [number, parameter] : parameters)

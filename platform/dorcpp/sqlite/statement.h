@@ -61,7 +61,8 @@ public:
     // Copies the bytes.
     void bind(int number, const Value& value);
     void bind(int number, const Parameter& value);
-    // Leaves the bytes where they are: they must outlive this object.
+    // Leave the bytes where they are: they must outlive this object.
+    void bindInPlace(int number, const Value& value);
     void bind(const Parameters& parameters);
     // False at the end. Throws DorX.
     bool step();

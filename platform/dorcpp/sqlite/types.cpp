@@ -112,4 +112,17 @@ ColumnType columnType(const char* declared)
     return {};
 }
 
+bool holdsReals(const char* declared)
+{
+    std::string name(declared ? declared : "");
+    for (char& c : name)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    const auto has = [&](const char* part) { return name.find(part) != std::string::npos; };
+    for (const char* stronger : {"INT", "CHAR", "CLOB", "TEXT", "BLOB"}) {
+        if (has(stronger))
+            return false;
+    }
+    return has("REAL") || has("FLOA") || has("DOUB");
+}
+
 } // namespace DorCPP::Sqlite

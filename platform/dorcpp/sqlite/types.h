@@ -26,4 +26,7 @@ struct ColumnType {
 // (JSON, UUID, TIME) say nothing about the values.
 ColumnType columnType(const char* declared);
 
+// Whether the engine reads every integer in a column that was declared so as a real number.
+bool holdsReals(const char* declared);
+
 } // namespace DorCPP::Sqlite

@@ -61,8 +61,7 @@ public:
     {
         return work(), 0;
     }
-    void modifyRow(const KeyedText&, RowKeys&, size_t, const RowStatement&, const RowBlock&,
-                   size_t) override
+    void modifyRow(const KeyedText&, RowKeys&, size_t, const RowStatement&, const SeenRow&) override
     {
         work();
     }
@@ -96,6 +95,7 @@ TEST(SessionDriver, AfterALossEveryCallIsRefusedAtOnce)
         calls = 0;
         RowKeys keys;
         RowBlock block(1);
+        std::unique_ptr<ChangePlan> plan;
         std::vector<int> places;
         EXPECT_EQ(codeOf([&] { driver.run("SELECT 1", {}, false); }), CodeSessionLost);
         EXPECT_EQ(codeOf([&] { driver.probe(); }), CodeSessionLost);
@@ -104,7 +104,10 @@ TEST(SessionDriver, AfterALossEveryCallIsRefusedAtOnce)
         EXPECT_EQ(codeOf([&] { driver.tableColumns("", "t"); }), CodeSessionLost);
         EXPECT_EQ(codeOf([&] { driver.keyOf({}); }), CodeSessionLost);
         EXPECT_EQ(codeOf([&] { driver.readRows({}, keys, 0, block, places); }), CodeSessionLost);
-        EXPECT_EQ(codeOf([&] { driver.modifyRow({}, keys, 0, {}, block, 0); }), CodeSessionLost);
+        EXPECT_EQ(codeOf([&] {
+                      driver.modifyRow({}, keys, 0, {}, {block, 0, false, block, plan});
+                  }),
+                  CodeSessionLost);
         EXPECT_EQ(calls, 0);
     }
 }

@@ -47,3 +47,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"REAL", TypeDouble, 8}, Row{"DOUBLE  PRECISION", TypeDouble, 8},
         Row{"FLOAT", TypeDouble, 8}, Row{"EXTFILE", TypeExtfile, 2048}, Row{"JSON", 0, 0},
         Row{"UUID", 0, 0}, Row{"TIME", 0, 0}, Row{"", 0, 0}, Row{nullptr, 0, 0}));
+
+TEST(RealColumns, TheEnginesOwnRuleDecides)
+{
+    for (const char* real : {"REAL", "double precision", "Float", "TIMESTAMP REAL"})
+        EXPECT_TRUE(DorCPP::Sqlite::holdsReals(real)) << real;
+    for (const char* other :
+         {"", "INTEGER", "FLOATING POINT", "TEXT REAL", "REAL BLOB", "NUMERIC", "DECIMAL(10,2)"})
+        EXPECT_FALSE(DorCPP::Sqlite::holdsReals(other)) << other;
+    EXPECT_FALSE(DorCPP::Sqlite::holdsReals(nullptr));
+}
