@@ -29,6 +29,7 @@ public:
     std::vector<ColumnInfo> describe(const std::string& sql) override;
     StatementResult run(const std::string& sql, const Parameters& parameters,
                         bool prepared) override;
+    std::optional<BareText> withoutLiterals(const SqlText& sql) override;
     void settingsChanged() override;
 
     std::vector<TableColumn> tableColumns(const std::string& schema,
@@ -55,6 +56,7 @@ private:
     // Called while another connection has a lock; false gives up.
     bool waitForLock(int calls);
 
+    double readReal(const std::string& digits);
     void runToEnd(sqlite3_stmt* statement, const Parameters& parameters, StatementResult& result);
     void readRange(const KeyedText& text, const std::vector<int64_t>& keys, RowBlock& block,
                    std::vector<int>& places);
