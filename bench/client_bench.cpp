@@ -7,20 +7,18 @@
 // Prints milliseconds of the clock, ratios, and memory above what the process had before. Pin it,
 // and a server with it, to one core. Ends with 1 when a limit is missed.
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include <dorcpp/cursor.h>
 
+#include "measure.h"
 #include "rawengine.h"
 
 using namespace DorCPP;
@@ -30,7 +28,6 @@ namespace {
 constexpr int64_t pageRows = 50;
 constexpr int randomPages = 200;
 constexpr int64_t updates = 500;
-constexpr int runs = 3; // the best of each is taken
 
 // What an engine is held to; 0: only told.
 struct Limits {
@@ -47,32 +44,6 @@ constexpr double peerMemory = 1.0 / 30;
 constexpr double baseMemory = 8; // MiB
 constexpr double keyBytes = 5;   // a row, of a keyed answer
 constexpr double spoolBytes = 1; // a row, of a copied one
-
-double milliseconds(const std::function<void()>& work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    return took.count();
-}
-
-double best(const std::function<void()>& work)
-{
-    double shortest = milliseconds(work);
-    for (int i = 1; i < runs; ++i)
-        shortest = std::min(shortest, milliseconds(work));
-    return shortest;
-}
-
-double statusMiB(std::string_view key)
-{
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.starts_with(key))
-            return std::atof(line.c_str() + key.size()) / 1024;
-    }
-    return 0;
-}
 
 void resetPeak()
 {

@@ -89,6 +89,24 @@ public:
         }
         execute("DEALLOCATE \"byKey\"");
     }
+    void insertRows(int64_t first, int64_t count) override
+    {
+        PQclear(PQprepare(m_db, "insertion",
+                          "INSERT INTO item(id, qty, big, price, code, name, made)"
+                          " VALUES ($1, $2, $3, $4, $5, $6, $7)",
+                          0, nullptr));
+        for (int64_t id = first; id < first + count; ++id) {
+            const std::string number = std::to_string(id);
+            const char* values[] = {
+                number.c_str(),       "5", number.c_str(), "2.5", "code", "a name of some length",
+                "2005-03-04 06:07:08"};
+            PGresult* done = PQexecPrepared(m_db, "insertion", 7, values, nullptr, nullptr, 0);
+            if (PQresultStatus(done) != PGRES_COMMAND_OK)
+                fail();
+            PQclear(done);
+        }
+        execute("DEALLOCATE insertion");
+    }
     void execute(const std::string& sql) override
     {
         PGresult* done = PQexec(m_db, sql.c_str());

@@ -63,6 +63,26 @@ public:
         }
         sqlite3_finalize(s);
     }
+    void insertRows(int64_t first, int64_t count) override
+    {
+        sqlite3_stmt* s = nullptr;
+        check(sqlite3_prepare_v2(m_db,
+                                 "INSERT INTO item(id, qty, big, price, code, name, made)"
+                                 " VALUES (?1, ?2, ?3, ?4, ?5, ?6, ?7)",
+                                 -1, &s, nullptr));
+        for (int64_t id = first; id < first + count; ++id) {
+            sqlite3_bind_int64(s, 1, id);
+            sqlite3_bind_int64(s, 2, 5);
+            sqlite3_bind_int64(s, 3, id);
+            sqlite3_bind_double(s, 4, 2.5);
+            sqlite3_bind_text(s, 5, "code", -1, SQLITE_STATIC);
+            sqlite3_bind_text(s, 6, "a name of some length", -1, SQLITE_STATIC);
+            sqlite3_bind_text(s, 7, "2005-03-04 06:07:08", -1, SQLITE_STATIC);
+            sqlite3_step(s);
+            check(sqlite3_reset(s));
+        }
+        sqlite3_finalize(s);
+    }
     void execute(const std::string& sql) override
     {
         check(sqlite3_exec(m_db, sql.c_str(), nullptr, nullptr, nullptr));

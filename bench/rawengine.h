@@ -17,6 +17,8 @@ public:
     // Sets the column qty of the rows 1 to count, one by one by key, with a prepared statement,
     // each time to another value: an engine may save the writing of the same.
     virtual void updateByKey(int64_t count) = 0;
+    // Inserts rows with ids from first on, one by one with a prepared statement.
+    virtual void insertRows(int64_t first, int64_t count) = 0;
     virtual void execute(const std::string& sql) = 0;
 
     // The owner of the table, and what the client and the peer open.

@@ -13,12 +13,10 @@
 //
 // Prints ratios of one run and returns 1 when one of them is over its limit.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -33,6 +31,7 @@
 
 #include "cputime.h"
 #include "data/dordataset.h"
+#include "measure.h"
 
 namespace {
 
@@ -42,19 +41,6 @@ constexpr double openLimit = 0.3;  // of the floor
 constexpr double readLimit = 2.5;  // of the floor
 constexpr double memoryLimit = 24; // MiB more than for 1,000 rows
 constexpr const char* query = "select * from item";
-
-double now()
-{
-    const auto time = std::chrono::steady_clock::now().time_since_epoch();
-    return std::chrono::duration<double, std::milli>(time).count();
-}
-
-double milliseconds(const std::function<void()>& work)
-{
-    const double start = now();
-    work();
-    return now() - start;
-}
 
 double peakMiB()
 {

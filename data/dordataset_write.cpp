@@ -262,8 +262,8 @@ std::wstring xCDorvexDataSet::insertTextOf(const void* rowData) const
             continue;
         }
         const wchar_t* const comma = names.empty() ? L"" : L",";
-        names += comma + inQuotes(name.column, L'"');
-        values += comma + sqlValue(i, data.get(), true);
+        names.append(comma).append(inQuotes(name.column, L'"'));
+        values.append(comma).append(sqlValue(i, data.get(), true));
     }
     if (names.empty())
         throw DorX(-1, DorCPP::CodeNotUpdatable, Phrase::RowsNotKeyed);

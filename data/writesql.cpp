@@ -13,12 +13,11 @@ std::wstring inQuotes(std::wstring_view text, wchar_t quote)
 {
     std::wstring quoted(1, quote);
     quoted.reserve(text.size() + 2);
-    for (const wchar_t c : text) {
-        quoted += c;
-        if (c == quote)
-            quoted += c;
+    for (size_t at = text.find(quote); at != text.npos; at = text.find(quote)) {
+        quoted.append(text.substr(0, at + 1)).append(1, quote);
+        text.remove_prefix(at + 1);
     }
-    return quoted += quote;
+    return quoted.append(text) += quote;
 }
 
 std::wstring updateText(const TableColumnName& name, std::wstring_view value)
@@ -31,6 +30,7 @@ std::wstring insertText(const TableColumnName& table, std::wstring_view names,
                         std::wstring_view values)
 {
     std::wstring text = L"insert into " + tableText(table) + L" (";
+    text.reserve(text.size() + names.size() + values.size() + 16);
     return text.append(names).append(L") values (").append(values).append(L")");
 }
 

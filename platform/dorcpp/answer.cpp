@@ -84,11 +84,48 @@ Answer keyedAnswer(const std::shared_ptr<Session>& session, Driver& driver,
     return answer;
 }
 
+ColumnLookup columnLookup(Session& session, Driver& driver)
+{
+    return [&](const std::string& schema, const std::string& table) {
+        return session.columnsOf(driver, schema, table);
+    };
+}
+
 std::optional<std::string> translation(Session& session, Driver& driver, const SqlText& sql)
 {
-    return translated(sql, [&](const std::string& schema, const std::string& table) {
-        return session.columnsOf(driver, schema, table);
-    });
+    return translated(sql, columnLookup(session, driver));
+}
+
+// Does the work with the translated statement without its literals. False, with nothing done, where
+// the statement has to keep them. Refused as a text it is tried again with them: then the error has
+// the place of the fault in the statement as it is.
+template<class Work>
+bool withoutLiterals(Session& session, Driver& driver, const SqlText& sql, const Work& work)
+{
+    std::optional<BareText> bare = driver.withoutLiterals(sql);
+    if (!bare || !translateValues(*bare, sql, columnLookup(session, driver)))
+        return false;
+    try {
+        work(std::move(*bare));
+        return true;
+    } catch (const DorX& x) {
+        if (x.position() == 0)
+            throw;
+        return false;
+    }
+}
+
+StatementResult runStatement(Session& session, Driver& driver, const StatementText& statement)
+{
+    const SqlText& text = statement.sql;
+    StatementResult result;
+    const bool once = !statement.prepared && statement.parameters.empty();
+    if (once && withoutLiterals(session, driver, text, [&](const BareText& bare) {
+            result = driver.run(bare.text, bare.values, true);
+        }))
+        return result;
+    const std::optional<std::string> other = translation(session, driver, text);
+    return driver.run(other ? *other : text.source(), statement.parameters, statement.prepared);
 }
 
 // The name of the answer's table in a statement that changes its row.
@@ -125,9 +162,7 @@ Answer executeStatement(const std::shared_ptr<Session>& session, Driver& driver,
         if (decideKeyed(driver, select, key))
             return keyedAnswer(session, driver, statement, select, key);
     }
-    const std::optional<std::string> other = translation(*session, driver, text);
-    StatementResult result =
-        driver.run(other ? *other : text.source(), statement.parameters, statement.prepared);
+    StatementResult result = runStatement(*session, driver, statement);
     if (kindOf(text) == StatementKind::SessionState)
         driver.settingsChanged();
     Answer answer;
@@ -157,18 +192,20 @@ void changeRow(Session& session, Driver& driver, const StatementText& statement,
     if (!keyed || !isGuarded(*keyed))
         throw makeError(CodeNotUpdatable, OviAPI::Phrase::DbDetailNotOneTable);
     const SqlDialect dialect = statement.sql.dialect();
-    RowStatement change;
-    change.text = positioned.textFor(targetName(*keyed, positioned, dialect));
-    auto other = translation(session, driver, SqlText(change.text, dialect));
-    const bool asGiven = !other;
-    if (other)
-        change.text = std::move(*other);
-    change.parameters = statement.parameters;
-    change.deletes = positioned.deletes;
-    answer.rows->modify(change, driver);
-    answer.changed = 1;
-    if (statement.prepared && asGiven)
-        answer.latest = {statement.sql.source(), std::move(change.text), change.deletes};
+    const SqlText text(positioned.textFor(targetName(*keyed, positioned, dialect)), dialect);
+    const auto modify = [&](std::string sql, Parameters parameters) {
+        answer.rows->modify({std::move(sql), std::move(parameters), positioned.deletes}, driver);
+        answer.changed = 1;
+    };
+    const bool once = !statement.prepared && statement.parameters.empty();
+    if (once && withoutLiterals(session, driver, text, [&](BareText&& bare) {
+            modify(std::move(bare.text), std::move(bare.values));
+        }))
+        return;
+    const auto other = translation(session, driver, text);
+    modify(other.value_or(text.source()), statement.parameters);
+    if (statement.prepared && !other)
+        answer.latest = {statement.sql.source(), text.source(), positioned.deletes};
 }
 
 std::string engineText(Session& session, Driver& driver, const SqlText& sql)

@@ -4,10 +4,12 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include <dorcpp/baretext.h>
 #include <dorcpp/connectioninfo.h>
 #include <dorcpp/parameter.h>
 #include <dorcpp/rowblock.h>
@@ -124,6 +126,10 @@ public:
     // again, keep it ready.
     virtual StatementResult run(const std::string& sql, const Parameters& parameters,
                                 bool prepared) = 0;
+
+    // The statement without its literals, for `run` with "prepared"; nothing where it would not do
+    // exactly the same, errors and all but their positions.
+    virtual std::optional<BareText> withoutLiterals(const SqlText&) { return std::nullopt; }
 
     // After a statement that may have changed the connection's settings.
     virtual void settingsChanged() = 0;

@@ -129,6 +129,14 @@ StatementResult SessionDriver::run(const std::string& sql, const Parameters& par
         });
 }
 
+// The monitor is told the values that a statement holds.
+std::optional<BareText> SessionDriver::withoutLiterals(const SqlText& sql)
+{
+    if (isMonitored())
+        return std::nullopt;
+    return guarded([&] { return m_driver->withoutLiterals(sql); });
+}
+
 void SessionDriver::settingsChanged()
 {
     guarded([&] { m_driver->settingsChanged(); });

@@ -29,6 +29,7 @@ public:
     std::vector<ColumnInfo> describe(const std::string& sql) override;
     StatementResult run(const std::string& sql, const Parameters& parameters,
                         bool prepared) override;
+    std::optional<BareText> withoutLiterals(const SqlText& sql) override;
     void settingsChanged() override;
 
     std::vector<TableColumn> tableColumns(const std::string& schema,

@@ -44,6 +44,7 @@ public:
 
     std::vector<SqlToken> run()
     {
+        m_tokens.reserve(std::min<size_t>(m_text.size() / 4 + 1, 256)); // enough for most texts
         while (m_at < m_text.size()) {
             if (!skip())
                 token();

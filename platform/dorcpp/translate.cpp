@@ -132,6 +132,28 @@ bool endsClause(const SqlText& s, size_t i)
            (s.is(i, "from") && !s.is(i - 1, "distinct"));
 }
 
+// The columns of the table whose name begins at the token.
+std::shared_ptr<const TableColumns> targetColumns(const SqlText& s, size_t token,
+                                                  const ColumnLookup& columnsOf)
+{
+    const bool qualified = s.is(token + 1, ".") && s.isName(token + 2);
+    return columnsOf(qualified ? s.foldedName(token) : std::string(),
+                     s.foldedName(qualified ? token + 2 : token));
+}
+
+// The column that the token names; none when it is no name, or of no column.
+size_t findColumn(const TableColumns* columns, const SqlText& s, size_t token)
+{
+    if (!columns || !s.isName(token))
+        return none;
+    const std::string name = s.foldedName(token);
+    for (size_t i = 0; i < columns->size(); ++i) {
+        if (sameName((*columns)[i].name, name, s.dialect()))
+            return i;
+    }
+    return none;
+}
+
 class Translator {
 public:
     Translator(const SqlText& text, const ColumnLookup& columnsOf)
@@ -227,29 +249,14 @@ private:
         m_next = i;
         if (!s.isName(i))
             return;
-        std::string schema;
-        std::string table = s.foldedName(i++);
-        if (s.is(i, ".") && s.isName(i + 1)) {
-            schema = std::exchange(table, s.foldedName(i + 1));
-            i += 2;
-        }
+        m_columns = targetColumns(s, i, columnsOf);
+        i += s.is(i + 1, ".") && s.isName(i + 2) ? 3 : 1;
         if (s.is(i, "as"))
             i += 2;
         m_next = i;
-        m_columns = columnsOf(schema, table);
     }
 
-    size_t columnNamed(size_t token) const
-    {
-        if (!m_columns || !s.isName(token))
-            return none;
-        const std::string name = s.foldedName(token);
-        for (size_t i = 0; i < m_columns->size(); ++i) {
-            if (sameName((*m_columns)[i].name, name, s.dialect()))
-                return i;
-        }
-        return none;
-    }
+    size_t columnNamed(size_t token) const { return findColumn(m_columns.get(), s, token); }
 
     // The parts between the commas of a parenthesis at token `open`; close gets its end.
     std::vector<Item> itemsOf(size_t open, size_t& close) const
@@ -628,6 +635,25 @@ std::optional<std::string> translated(const SqlText& text, const ColumnLookup& c
     for (size_t i = 1; i < text.count() && !candidate; ++i)
         candidate = isCandidate(text, i);
     return candidate ? Translator(text, columnsOf).run() : std::nullopt;
+}
+
+bool translateValues(BareText& bare, const SqlText& text, const ColumnLookup& columnsOf)
+{
+    std::shared_ptr<const TableColumns> columns;
+    for (size_t i = 0; i < bare.values.size(); ++i) {
+        Parameter& value = bare.values[i].second;
+        if (value.kind != Value::Text || !hasDateForm(value.bytes))
+            continue;
+        if (!columns)
+            columns = targetColumns(text, bare.table, columnsOf);
+        const size_t column = findColumn(columns.get(), text, bare.columns[i]);
+        if (column == none || (*columns)[column].type != TypeDate)
+            continue;
+        value.bytes = isoDate(value.bytes);
+        if (value.bytes.empty())
+            return false;
+    }
+    return true;
 }
 
 } // namespace DorCPP

@@ -39,4 +39,8 @@ using ColumnLookup = std::function<std::shared_ptr<const TableColumns>(const std
 // out the same columns.
 std::optional<std::string> translated(const SqlText& text, const ColumnLookup& columnsOf);
 
+// The same for the values that were taken out of the statement. False where the statement must be
+// translated as a text: it has to be refused.
+bool translateValues(BareText& bare, const SqlText& text, const ColumnLookup& columnsOf);
+
 } // namespace DorCPP

@@ -27,7 +27,7 @@ Token nextToken(std::wstring_view format)
         {L"ff", Part::Fraction}, {L"f", Part::OptionalFraction},
     };
     for (const Name& name : names)
-        if (format.starts_with(name.letters))
+        if (format[0] == name.letters[0] && format.starts_with(name.letters))
             return {name.part, name.letters.size()};
     return {Part::Literal, 1};
 }
@@ -67,11 +67,15 @@ int daysInMonth(int64_t year, int month)
 
 void appendNumber(std::wstring& text, int64_t number, size_t digits)
 {
-    const std::wstring plain = std::to_wstring(number < 0 ? -number : number);
+    wchar_t plain[20]; // from its end
+    wchar_t* from = std::end(plain);
+    for (int64_t rest = number < 0 ? -number : number; rest != 0; rest /= 10)
+        *--from = static_cast<wchar_t>(L'0' + rest % 10);
+    const auto count = static_cast<size_t>(std::end(plain) - from);
     if (number < 0)
         text += L'-';
-    text.append(plain.size() < digits ? digits - plain.size() : 0, L'0');
-    text += plain;
+    text.append(count < digits ? digits - count : 0, L'0');
+    text.append(from, count);
 }
 
 // The fraction without trailing zeros, but least digits at least.

@@ -243,6 +243,27 @@ void SqliteDriver::runToEnd(sqlite3_stmt* statement, const Parameters& parameter
     use.reset();
 }
 
+// A statement that was kept is read anew by the engine when the schema of a database that it uses
+// has changed. That of another attached database may hide a name that stands in a trigger, and the
+// engine would not see it.
+std::optional<BareText> SqliteDriver::withoutLiterals(const SqlText& sql)
+{
+    constexpr int firstAttached = 2;
+    if (sqlite3_db_name(m_db.get(), firstAttached))
+        return std::nullopt;
+    return DorCPP::withoutLiterals(sql,
+                                   [&](const std::string& digits) { return readReal(digits); });
+}
+
+// By the engine: its reading of a number is its own, and not always the nearest one.
+double SqliteDriver::readReal(const std::string& digits)
+{
+    Use use(m_db.get(), m_cache.get("SELECT ?1"));
+    use.bind(1, digits);
+    use.step();
+    return sqlite3_value_double(sqlite3_column_value(use.get(), 0));
+}
+
 void SqliteDriver::settingsChanged()
 {
     m_utf8 = isUtf8(m_db.get()); // that of an empty database can be changed

@@ -31,6 +31,7 @@ public:
     std::vector<ColumnInfo> describe(const std::string& sql) override;
     StatementResult run(const std::string& sql, const Parameters& parameters,
                         bool prepared) override;
+    std::optional<BareText> withoutLiterals(const SqlText& sql) override;
     void settingsChanged() override;
 
     std::vector<TableColumn> tableColumns(const std::string& schema,
@@ -74,7 +75,7 @@ private:
 
     bool isChangedAlone(const KeyedText& text);
     const KeptChange& keptChange(const KeyedText& text, const std::string& sql, bool returnsRow);
-
+    double readReal(const std::string& digits);
     void runToEnd(sqlite3_stmt* statement, const Parameters& parameters, StatementResult& result);
     void readRange(const KeyedText& text, const std::vector<int64_t>& keys, RowBlock& block,
                    std::vector<int>& places);
