@@ -96,17 +96,14 @@ std::optional<std::string> translation(Session& session, Driver& driver, const S
     return translated(sql, columnLookup(session, driver));
 }
 
-// Does the work with the translated statement without its literals. False, with nothing done, where
-// the statement has to keep them. Refused as a text it is tried again with them: then the error has
+// Does the work with a statement that has values in the place of literals. False, with nothing
+// done, when it is refused as a text: it is tried again with its literals then, and the error has
 // the place of the fault in the statement as it is.
 template<class Work>
-bool withoutLiterals(Session& session, Driver& driver, const SqlText& sql, const Work& work)
+bool worksWith(BareText&& bare, bool keep, const Work& work)
 {
-    std::optional<BareText> bare = driver.withoutLiterals(sql);
-    if (!bare || !translateValues(*bare, sql, columnLookup(session, driver)))
-        return false;
     try {
-        work(std::move(*bare));
+        work(std::move(bare), keep);
         return true;
     } catch (const DorX& x) {
         if (x.position() == 0)
@@ -115,13 +112,31 @@ bool withoutLiterals(Session& session, Driver& driver, const SqlText& sql, const
     }
 }
 
+// Does the work with the translated statement without its literals, or only without the numbers
+// that the engine would not read exactly. False, with nothing done, where the statement has to keep
+// them. keep: whether the text is the same for other values.
+template<class Work>
+bool withoutLiterals(Session& session, Driver& driver, const SqlText& sql, const Work& work)
+{
+    if (kindOf(sql) != StatementKind::Modify)
+        return false;
+    if (auto exact = driver.withExactReals(sql)) {
+        if (const auto other = translation(session, driver, sql))
+            exact = driver.withExactReals(SqlText(*other, sql.dialect()));
+        return exact && worksWith(std::move(*exact), false, work);
+    }
+    std::optional<BareText> bare = driver.withoutLiterals(sql);
+    return bare && translateValues(*bare, sql, columnLookup(session, driver)) &&
+           worksWith(std::move(*bare), true, work);
+}
+
 StatementResult runStatement(Session& session, Driver& driver, const StatementText& statement)
 {
     const SqlText& text = statement.sql;
     StatementResult result;
     const bool once = !statement.prepared && statement.parameters.empty();
-    if (once && withoutLiterals(session, driver, text, [&](const BareText& bare) {
-            result = driver.run(bare.text, bare.values, true);
+    if (once && withoutLiterals(session, driver, text, [&](const BareText& bare, bool keep) {
+            result = driver.run(bare.text, bare.values, keep);
         }))
         return result;
     const std::optional<std::string> other = translation(session, driver, text);
@@ -198,7 +213,7 @@ void changeRow(Session& session, Driver& driver, const StatementText& statement,
         answer.changed = 1;
     };
     const bool once = !statement.prepared && statement.parameters.empty();
-    if (once && withoutLiterals(session, driver, text, [&](BareText&& bare) {
+    if (once && withoutLiterals(session, driver, text, [&](BareText&& bare, bool) {
             modify(std::move(bare.text), std::move(bare.values));
         }))
         return;

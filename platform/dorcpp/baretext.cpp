@@ -56,6 +56,15 @@ bool isReal(std::string_view text)
     return end > at && end == text.size();
 }
 
+// The nearest value of a real number; nothing for one out of range.
+std::optional<double> nearestReal(std::string_view digits)
+{
+    double value = 0;
+    const char* end = digits.data() + digits.size();
+    const auto read = std::from_chars(digits.data(), end, value);
+    return read.ec == std::errc() && read.ptr == end ? std::optional(value) : std::nullopt;
+}
+
 // The text of a '..' literal; false when the literal does not end.
 bool readString(std::string_view literal, std::string& text)
 {
@@ -89,9 +98,8 @@ bool readBytes(std::string_view literal, std::string& bytes)
 // of the two forms.
 class Reader {
 public:
-    Reader(const SqlText& text, const RealReader& realOf)
+    explicit Reader(const SqlText& text)
         : s(text)
-        , m_realOf(realOf)
     {
         m_bare.text.reserve(s.source().size());
     }
@@ -220,17 +228,15 @@ private:
                 parameter.integer = -parameter.integer;
             return true;
         }
-        if (!isReal(digits))
+        const std::optional<double> real = isReal(digits) ? nearestReal(digits) : std::nullopt;
+        if (!real)
             return false;
         parameter.kind = Value::Real;
-        parameter.real = m_realOf(std::string(digits));
-        if (negative)
-            parameter.real = -parameter.real;
+        parameter.real = negative ? -*real : *real;
         return true;
     }
 
     const SqlText& s;
-    const RealReader& m_realOf;
     size_t m_at = 0;
     std::vector<size_t> m_columns; // of an INSERT, the tokens that name them
     BareText m_bare;
@@ -238,15 +244,43 @@ private:
 
 } // namespace
 
-std::optional<BareText> withoutLiterals(const SqlText& sql, const RealReader& realOf)
+std::optional<BareText> withoutLiterals(const SqlText& sql)
 {
     const std::string& source = sql.source();
     if (source.size() > maxText || source.find('\0') != std::string::npos)
         return std::nullopt;
-    Reader reader(sql, realOf);
+    Reader reader(sql);
     if (!reader.read())
         return std::nullopt;
     return reader.take();
+}
+
+std::optional<BareText> withExactReals(const SqlText& sql, const RealReader& realOf)
+{
+    BareText exact;
+    size_t copied = 0;
+    for (const SqlToken& token : sql.tokens()) {
+        if (token.kind == SqlToken::Parameter)
+            return std::nullopt;
+        if (token.kind != SqlToken::Number)
+            continue;
+        const std::string digits = sql.source().substr(token.from, token.to - token.from);
+        const std::optional<double> real = isReal(digits) ? nearestReal(digits) : std::nullopt;
+        if (!real || realOf(digits) == *real)
+            continue;
+        const int number = static_cast<int>(exact.values.size()) + 1;
+        exact.text.append(sql.source(), copied, token.from - copied);
+        exact.text += numberedParameter(sql.dialect(), number);
+        copied = token.to;
+        Parameter value;
+        value.kind = Value::Real;
+        value.real = *real;
+        exact.values.emplace_back(number, std::move(value));
+    }
+    if (exact.values.empty())
+        return std::nullopt;
+    exact.text.append(sql.source(), copied);
+    return exact;
 }
 
 } // namespace DorCPP

@@ -22,7 +22,7 @@ struct BareText {
     std::vector<size_t> columns; // for each value, the token that names its column
 };
 
-// The value of a real number's digits, exactly as the engine reads them in a statement.
+// The value of a real number's digits as the engine reads them in a statement.
 using RealReader = std::function<double(const std::string& digits)>;
 
 // Takes the literals out of
@@ -38,6 +38,12 @@ using RealReader = std::function<double(const std::string& digits)>;
 // Nothing for any other statement, for one that an engine might read in another way (with comments,
 // unusual blanks, or a number with a tail), and for long ones, which would fill a cache. What is
 // wrong in the statement is wrong in the bare text as well, at another place of the text.
-std::optional<BareText> withoutLiterals(const SqlText& sql, const RealReader& realOf);
+// Nothing either where a real number is out of range. The others become the nearest value.
+std::optional<BareText> withoutLiterals(const SqlText& sql);
+
+// Takes out only those real numbers that the engine does not read as the nearest value, wherever
+// they stand, so that what is stored is what was written. Nothing where it reads all of them so,
+// and for a statement that has parameters. `table` and `columns` stay empty.
+std::optional<BareText> withExactReals(const SqlText& sql, const RealReader& realOf);
 
 } // namespace DorCPP

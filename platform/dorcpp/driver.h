@@ -130,6 +130,9 @@ public:
     // The statement without its literals, for `run` with "prepared"; nothing where it would not do
     // exactly the same, errors and all but their positions.
     virtual std::optional<BareText> withoutLiterals(const SqlText&) { return std::nullopt; }
+    // The statement without the real numbers that the engine would not read as the nearest value;
+    // nothing where there are none.
+    virtual std::optional<BareText> withExactReals(const SqlText&) { return std::nullopt; }
 
     // After a statement that may have changed the connection's settings.
     virtual void settingsChanged() = 0;

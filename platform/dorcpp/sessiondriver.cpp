@@ -137,6 +137,11 @@ std::optional<BareText> SessionDriver::withoutLiterals(const SqlText& sql)
     return guarded([&] { return m_driver->withoutLiterals(sql); });
 }
 
+std::optional<BareText> SessionDriver::withExactReals(const SqlText& sql)
+{
+    return guarded([&] { return m_driver->withExactReals(sql); });
+}
+
 void SessionDriver::settingsChanged()
 {
     guarded([&] { m_driver->settingsChanged(); });

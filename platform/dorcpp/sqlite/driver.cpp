@@ -251,8 +251,12 @@ std::optional<BareText> SqliteDriver::withoutLiterals(const SqlText& sql)
     constexpr int firstAttached = 2;
     if (sqlite3_db_name(m_db.get(), firstAttached))
         return std::nullopt;
-    return DorCPP::withoutLiterals(sql,
-                                   [&](const std::string& digits) { return readReal(digits); });
+    return DorCPP::withoutLiterals(sql);
+}
+
+std::optional<BareText> SqliteDriver::withExactReals(const SqlText& sql)
+{
+    return DorCPP::withExactReals(sql, [&](const std::string& digits) { return readReal(digits); });
 }
 
 // By the engine: its reading of a number is its own, and not always the nearest one.

@@ -32,6 +32,7 @@ public:
     StatementResult run(const std::string& sql, const Parameters& parameters,
                         bool prepared) override;
     std::optional<BareText> withoutLiterals(const SqlText& sql) override;
+    std::optional<BareText> withExactReals(const SqlText& sql) override;
     void settingsChanged() override;
 
     std::vector<TableColumn> tableColumns(const std::string& schema,

@@ -2,6 +2,7 @@
 #include <dorcpp/baretext.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <memory>
 #include <random>
@@ -11,6 +12,7 @@
 #include <dorcpp/cursor.h>
 #include <dorcpp/driver.h>
 #include <dorcpp/monitor.h>
+#include <dorcpp/value.h>
 #include <sqlite3.h>
 
 #include "support.h"
@@ -23,8 +25,7 @@ namespace {
 // Whether the literals of the statement are taken out.
 bool isBare(const std::string& sql)
 {
-    return withoutLiterals(SqlText(sql, SqlDialect::Sqlite), [](const std::string&) { return 0.0; })
-        .has_value();
+    return withoutLiterals(SqlText(sql, SqlDialect::Sqlite)).has_value();
 }
 
 struct CloseEngine {
@@ -510,4 +511,43 @@ TEST_F(KeptStatement, IsShownToAMonitorWithItsLiterals)
     insert("'seen'");
     setMonitor({});
     EXPECT_EQ(seen, "INSERT INTO t (x) VALUES ('seen')");
+}
+
+TEST_F(Database, StoresEveryRealNumberAsItIsWritten)
+{
+    execute("CREATE TABLE t(id INTEGER PRIMARY KEY, r REAL, x, b BLOB)");
+    std::mt19937_64 random(1103);
+    std::vector<double> numbers{7.324379665221355e-299,   59122.15802377, 1.1291327020899217e-296,
+                                -2.7478983796477538e-306, 4.9e-324,       1.7976931348623157e308};
+    while (numbers.size() < 500) {
+        const auto bits = random();
+        double number = 0;
+        std::memcpy(&number, &bits, sizeof number);
+        if (std::isfinite(number))
+            numbers.push_back(number);
+    }
+    std::string expected;
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        const std::string text = numberText(numbers[i]);
+        const std::string id = std::to_string(i + 1);
+        switch (i % 3) {
+        case 0:
+            execute("INSERT INTO t (id, r, x) VALUES (" + id + ", " + text + ", " + text + ')');
+            break;
+        case 1: // with what stays in the text
+            execute("INSERT INTO t VALUES (" + id + ", " + text + ", 0 + " + text + ", Hex('41'))");
+            break;
+        default:
+            setMonitor([](const MonitorRecord&) {});
+            execute("INSERT INTO t (id, r) VALUES (" + id + ", 1)");
+            execute("SELECT id, r, x FROM t WHERE id = " + id);
+            cursor.fetch(FetchFirst, 0);
+            execute("UPDATE t SET r = " + text + ", x = " + text + " WHERE CURRENT OF CURSOR");
+            setMonitor({});
+        }
+        uint64_t bits = 0;
+        std::memcpy(&bits, &numbers[i], sizeof bits);
+        expected += "real " + std::to_string(bits) + "|real " + std::to_string(bits) + "|\n";
+    }
+    EXPECT_EQ(Beside(path()).cells("SELECT r, x FROM t ORDER BY id"), expected);
 }

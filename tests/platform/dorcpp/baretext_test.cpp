@@ -1,7 +1,6 @@
 // Statements without their literals: what they are.
 #include <dorcpp/baretext.h>
 
-#include <cstdlib>
 #include <optional>
 #include <string>
 
@@ -13,9 +12,7 @@ namespace {
 
 std::optional<BareText> bare(const std::string& sql)
 {
-    return withoutLiterals(SqlText(sql, SqlDialect::Sqlite), [](const std::string& digits) {
-        return std::strtod(digits.c_str(), nullptr);
-    });
+    return withoutLiterals(SqlText(sql, SqlDialect::Sqlite));
 }
 
 std::string bareText(const std::string& sql)
@@ -157,4 +154,21 @@ TEST(BareText, ATextThatWouldFillACacheStays)
         assignments += ", a = 1";
     EXPECT_NE(bareText("UPDATE t SET " + assignments), "none");
     EXPECT_EQ(bareText("UPDATE t SET " + assignments + ", a = 1"), "none");
+}
+
+TEST(BareText, OfRealNumbersOnlyThoseThatAreReadOtherwiseAreTakenOut)
+{
+    const auto exact = [](const std::string& sql) {
+        return withExactReals(SqlText(sql, SqlDialect::Sqlite), [](const std::string& digits) {
+            return digits == "2.5" ? 2.5 : 0.125;
+        });
+    };
+    const auto found = exact("UPDATE t SET a = -1.5 + f(2.5, '3.5'), b=4.5e1 WHERE c = 5");
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->text, "UPDATE t SET a = -?1 + f(2.5, '3.5'), b=?2 WHERE c = 5");
+    ASSERT_EQ(found->values.size(), 2U);
+    EXPECT_EQ(found->values[0].second.real, 1.5);
+    EXPECT_EQ(found->values[1].second.real, 45);
+    EXPECT_FALSE(exact("UPDATE t SET a = 2.5, b = 1, c = 1e999, d = 1.5x"));
+    EXPECT_FALSE(exact("UPDATE t SET a = 1.5, b = ?")) << "its parameters have their numbers";
 }
