@@ -14,19 +14,19 @@ std::string pidOf(Client& client)
     return client.value("SELECT pg_backend_pid()");
 }
 
-// The server process that runs a statement with this mark in it, once it does.
+// The server process that sleeps in a statement with this mark in it, once it does.
 int pidRunning(Client& client, const std::string& mark)
 {
     for (const Stopwatch watch; watch.ms() < 20'000;) {
         const auto pids = client.answer("SELECT pid FROM pg_stat_activity WHERE pid <> "
-                                        "pg_backend_pid() AND state = 'active' AND query LIKE "
-                                        "'%" +
+                                        "pg_backend_pid() AND wait_event = 'PgSleep' AND query "
+                                        "LIKE '%" +
                                         mark + "%'");
         if (!pids.empty())
             return std::stoi(pids.front());
         std::this_thread::yield();
     }
-    ADD_FAILURE() << mark << " does not run";
+    ADD_FAILURE() << mark << " does not sleep";
     return 0;
 }
 
