@@ -122,7 +122,7 @@ TEST_F(ProgressWindow, SpeaksTheLanguageOfItsResources)
 TEST_F(ProgressWindow, TakesAtMostAHundredCharactersOfEachText)
 {
     ResourceBuilder builder;
-    for (const uint32_t id : {2222180, 2222181, 2222182})
+    for (const uint32_t id : {2222180U, 2222181U, 2222182U})
         builder.addString(id, std::wstring(150, L'x').c_str());
     const TempFolder folder;
     const std::filesystem::path file = folder.path() / "long.rrs";

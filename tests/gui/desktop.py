@@ -26,7 +26,9 @@ class Desktop:
                             "QT_NO_XDG_DESKTOP_PORTAL": "1"}
         # Without a bus the client library would try to start one, and leaks what that takes.
         self.environment.setdefault("DBUS_SESSION_BUS_ADDRESS", "disabled:")
-        manager = subprocess.Popen(["openbox"], env=self.environment, stdout=subprocess.DEVNULL,
+        # The locale of a test is for the programs that it starts, not for its tools.
+        self._tools = {**self.environment, "LC_ALL": "C.UTF-8"}
+        manager = subprocess.Popen(["openbox"], env=self._tools, stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL)
         self._stack.callback(self._end, manager)
         self.wait_until(lambda: "window id" in self.run("xprop", "-root", "_NET_SUPPORTING_WM_CHECK"),
@@ -59,7 +61,7 @@ class Desktop:
         raise AssertionError(f"waited {TIMEOUT:.0f} s for {what}")
 
     def run(self, *command):
-        return subprocess.run(command, env=self.environment, capture_output=True, text=True,
+        return subprocess.run(command, env=self._tools, capture_output=True, encoding="utf-8",
                               timeout=TIMEOUT).stdout
 
     def start(self, *command, **environment):
