@@ -13,9 +13,9 @@ set(data ${CMAKE_INSTALL_DATADIR}/oviext)
 set(program ${CMAKE_INSTALL_LIBEXECDIR}/oviext)
 
 # What a folder keeps to itself.
-set(internal_dorcpp answer bigvalue cursorstate driver errors execution keylist monitoring parameter
-    positioned rowblock rowkeys rowsource secret session sessiondriver signalsblocked spool sqltext translate value
-    worker)
+set(internal_dorcpp answer baretext bigvalue cursorstate driver errors execution keylist monitoring
+    parameter piecebuffer positioned rowblock rowkeys rowsource secret session sessiondriver
+    signalsblocked spool sqltext translate value worker)
 set(internal_oviapi celledit cellfield liveobjects recordeditor resourcefile resourceformat)
 set(internal_xmlutils codepage document limits)
 set(internal_panels framelabel)
